@@ -1,0 +1,64 @@
+#pragma once
+
+#include <dynamics/DynamicsWorld.h>
+#include <dynamics/bullet/Export.h>
+
+#include <gmtl/Vec.h>
+
+#include <memory>
+
+namespace tessarin::dynamics::bullet {
+
+class WorldCore;
+
+/// A dynamics world on the Bullet engine that reads the physics of COLLADA files.
+///
+/// Lengths are in whatever unit the files use: the unit of a file is never applied, its up-axis is turned to +Z, just as
+/// OpenSceneGraph's COLLADA plugin does, so that bodies and pictures agree. Time is in seconds.
+///
+/// The host makes one world, loads files into it and calls step() from its frame loop. Bodies belong to whoever got them
+/// from loadScene and may be deleted at any time outside step(), also after the world: what the engine needs of a world
+/// goes with its last body. A world and its bodies belong to one thread at a time. The same files and the same calls give
+/// bit-equal poses.
+class TESSARIN_DYNAMICS_BULLET_EXPORT BulletDynamicsWorld : public DynamicsWorld {
+public:
+    /// An empty world without gravity, with a fixed step of 1/60 s.
+    BulletDynamicsWorld();
+    ~BulletDynamicsWorld() override;
+
+    BulletDynamicsWorld(const BulletDynamicsWorld&) = delete;
+    BulletDynamicsWorld& operator=(const BulletDynamicsWorld&) = delete;
+
+    /// Reports one body per `instance_rigid_body` of the instanced physics scenes of a COLLADA file, in document order.
+    ///
+    /// A body has the name and the world pose of its target node in the visual model, with `placement` on top; scale is
+    /// taken out of the pose and applied to the shapes. Gravity of a file becomes the world's: of several files, that of
+    /// the last one that names one; it is turned with the file's up-axis and not by `placement`. What is wrong in a file is
+    /// logged at level 300 in the category "dynamics" and left out; the rest comes in.
+    void loadScene(const std::string& filePath, const gmtl::Matrix<double, 4, 4>& placement,
+                   DynamicsBodyFunctor& functor) override;
+
+    /// Runs as many whole fixed steps as fit into the time given plus what earlier calls left over.
+    ///
+    /// step(getFixedStep()) runs exactly one step, each time. Time that is negative or not a number counts as none.
+    /// @return how many fixed steps were run.
+    int step(double seconds);
+
+    /// Seconds that one step takes.
+    double getFixedStep() const;
+
+    /// Takes effect with the next step(); the time left over is kept.
+    /// @param seconds more than zero.
+    void setFixedStep(double seconds);
+
+    /// The acceleration of all dynamic bodies, per second squared. None until a file or the host sets one.
+    gmtl::Vec<double, 3> getGravity() const;
+
+    /// Wakes every body. Numbers that are not finite change nothing.
+    void setGravity(const gmtl::Vec<double, 3>& gravity);
+
+private:
+    std::shared_ptr<WorldCore> core;
+};
+
+} // namespace tessarin::dynamics::bullet
