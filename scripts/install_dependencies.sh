@@ -13,8 +13,8 @@ packages=(
     libopenscenegraph-dev libsigc++-2.0-dev liblog4cpp5-dev libexpat1-dev libbullet-dev libsdl2-dev
     # Tests and benchmarks
     libgtest-dev libgmock-dev libbenchmark-dev
-    # A display for machines without one, with a software renderer; events for its windows; a font for the help text
-    xvfb xauth xdotool libgl1-mesa-dri fonts-dejavu-core
+    # A display for machines without one, with a software renderer; events for its windows
+    xvfb xauth xdotool libgl1-mesa-dri
 )
 
 case "${1:-}" in
