@@ -7,7 +7,7 @@ set -euo pipefail
 
 packages=(
     # Compilers and tools of the build
-    g++ clang libclang-rt-14-dev cmake ninja-build ccache make pkg-config git ca-certificates
+    g++ clang libclang-rt-14-dev cmake ninja-build ccache pkg-config git ca-certificates
     clang-format clang-tidy
     # What the libraries and the viewer are made with
     libopenscenegraph-dev libsigc++-2.0-dev liblog4cpp5-dev libexpat1-dev libbullet-dev libsdl2-dev
