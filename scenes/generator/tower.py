@@ -1,0 +1,82 @@
+"""Makes models/tower.dae and tower.xml: a round tower of bricks, and a ball that is on its way."""
+
+import math
+import pathlib
+import random
+
+from collada import Document
+from meshes import Mesh, box, sphere
+
+COURSES, BRICKS, RADIUS = 9, 12, 1.15
+BRICK = (0.262, 0.15, 0.125)  # half extents: along the wall, through it, up
+GAP = 0.002
+STONES = ["sandstone", "limestone", "terracotta", "ochre"]
+
+
+def bricks():
+    """Name, place and turn of each brick, course by course, in running bond, with merlons on top."""
+    for course in range(COURSES + 1):
+        for i in range(BRICKS):
+            if course == COURSES and i % 2:
+                continue
+            angle = 360 / BRICKS * (i + 0.5 * (course % 2))
+            x, y = (RADIUS * f(math.radians(angle)) for f in (math.cos, math.sin))
+            z = BRICK[2] + course * (2 * BRICK[2] + GAP)
+            yield f"brick_{course + 1}_{i + 1}", (x, y, z), angle + 90
+
+
+def model():
+    document = Document("tower", "Made by scenes/generator/tower.py.")
+    document.material("sandstone", (0.82, 0.66, 0.45))
+    document.material("limestone", (0.87, 0.79, 0.66))
+    document.material("terracotta", (0.74, 0.40, 0.27))
+    document.material("ochre", (0.78, 0.56, 0.30))
+    document.material("grass", (0.42, 0.54, 0.34), specular=0)
+    document.material("steel", (0.16, 0.19, 0.26), shininess=80, specular=0.9)
+    document.material("signal", (0.93, 0.43, 0.10), shininess=80, specular=0.6)
+
+    brick, ball, ground = Mesh(), Mesh(), Mesh()
+    box(brick, "stone", BRICK, bevel=0.02)
+    sphere(ball, ["steel", "signal"], 0.4)
+    box(ground, "grass", (30, 30, 0.25))
+    for name, mesh in (("brick", brick), ("ball", ball), ("ground", ground)):
+        document.geometry(name, mesh)
+
+    document.physics_material("stone", 0.7, 0.05)
+    document.physics_material("iron", 0.4, 0.2)
+    document.rigid_body("brick", [f"<box><half_extents>{BRICK[0]} {BRICK[1]} {BRICK[2]}</half_extents></box>"],
+                        "stone", mass=4)
+    document.rigid_body("ball", ["<sphere><radius>0.4</radius></sphere>"], "iron", mass=120)
+    document.rigid_body("ground", ["<box><half_extents>30 30 0.25</half_extents></box>"], "stone")
+
+    document.node("ground", "ground", (0, 0, -0.25))
+    document.instance("ground", "ground")
+    document.node("ball", "ball", (-7, 1.2, 0.9))
+    document.instance("ball", "ball", velocity=(11, -1.4, 2.2))
+    stones = random.Random(7)
+    for name, place, turn in bricks():
+        document.node(name, "brick", place, rotate_z=turn, bind={"stone": stones.choice(STONES)})
+        document.instance("brick", name)
+    return document
+
+
+def agents():
+    """The agents come with the model's bodies; the document gives each the node that bears its name."""
+    geometry = '<Component class="GeometryComponent" name="GeometryComponent"/>'
+    names = ["ground", "ball"] + [name for name, _, _ in bricks()]
+    children = "\n".join(f'  <AgentNode name="{name}">{geometry}</AgentNode>' for name in names)
+    return f"""<?xml version="1.0" encoding="utf-8"?>
+<!-- A tower of bricks that is knocked over by a ball. Made by scenes/generator/tower.py. -->
+<AgentNode name="tower_scene">
+  <Component class="VisualModelComponent" name="VisualModelComponent">
+    <field name="filePath" value="models/tower.dae"/>
+  </Component>
+{children}
+</AgentNode>
+"""
+
+
+if __name__ == "__main__":
+    scenes = pathlib.Path(__file__).resolve().parent.parent
+    model().write(scenes / "models" / "tower.dae")
+    (scenes / "tower.xml").write_text(agents(), encoding="utf-8", newline="\n")

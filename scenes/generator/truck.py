@@ -1,0 +1,134 @@
+"""Makes models/truck.dae: a flatbed truck whose body and wheels are bodies of their own, a ramp and some cargo."""
+
+import pathlib
+
+from collada import Document
+from meshes import Mesh, box, lathe
+
+WHEEL_RADIUS, WHEEL_HALF_WIDTH = 0.45, 0.16
+AXLES = {"front": 1.45, "rear": -1.35}
+SIDES = {"left": 0.86, "right": -0.86}
+CHASSIS_HEIGHT = 0.68  # the origin of the truck's body above the ground
+
+
+def wheels():
+    return [(f"wheel_{end}_{side}", (x, y, WHEEL_RADIUS)) for end, x in AXLES.items() for side, y in SIDES.items()]
+
+
+def body_mesh():
+    mesh = Mesh()
+    box(mesh, "iron", (2.1, 0.45, 0.14), bevel=0.02)                            # frame
+    box(mesh, "red", (0.95, 0.97, 0.07), (1.35, 0, 0.32), bevel=0.03)           # wings
+    box(mesh, "red", (0.62, 0.92, 0.30), (1.62, 0, 0.62), bevel=0.07)           # bonnet
+    box(mesh, "red", (0.62, 0.95, 0.62), (0.58, 0, 0.98), bevel=0.09)           # cabin
+    box(mesh, "glass", (0.02, 0.78, 0.24), (1.19, 0, 1.22), bevel=0.01)         # windscreen
+    box(mesh, "glass", (0.36, 0.02, 0.22), (0.60, 0.945, 1.22), bevel=0.01)     # side windows
+    box(mesh, "glass", (0.36, 0.02, 0.22), (0.60, -0.945, 1.22), bevel=0.01)
+    box(mesh, "iron", (0.02, 0.55, 0.17), (2.235, 0, 0.60), bevel=0.01)         # grille
+    box(mesh, "iron", (0.07, 0.98, 0.09), (2.30, 0, 0.20), bevel=0.03)          # bumper
+    for side in (-1, 1):
+        lamp = [(0, 0), (0.13, 0), (0.13, 0.05), (0, 0.07)]
+        turned = Mesh()
+        lathe(turned, "lamp", lamp, 20)
+        offset = len(mesh.positions)                                            # headlamps look along +X
+        mesh.positions += [(z + 2.22, y + side * 0.73, x + 0.62) for x, y, z in turned.positions]
+        mesh.normals += [(z, y, x) for x, y, z in turned.normals]
+        mesh.groups.setdefault("lamp", []).extend(
+            (a + offset, c + offset, b + offset) for a, b, c in turned.groups["lamp"])
+    box(mesh, "wood", (1.18, 0.99, 0.06), (-1.22, 0, 0.33), bevel=0.02)         # bed
+    for side in (-1, 1):
+        box(mesh, "wood", (1.18, 0.04, 0.16), (-1.22, side * 0.95, 0.54), bevel=0.02)
+    box(mesh, "wood", (0.04, 0.91, 0.16), (-2.36, 0, 0.54), bevel=0.02)
+    return mesh
+
+
+def wheel_mesh():
+    mesh, r, w = Mesh(), WHEEL_RADIUS, WHEEL_HALF_WIDTH
+    tyre = [(0.26, -w), (r - 0.05, -w), (r, -w + 0.05), (r, w - 0.05), (r - 0.05, w), (0.26, w)]
+    rim = [(0.27, -w + 0.04), (0.22, -w + 0.02), (0.08, -w + 0.09), (0.0, -w + 0.09)]
+    lathe(mesh, "rubber", tyre, 32, axis="y")
+    lathe(mesh, "chrome", rim[::-1], 32, axis="y")
+    lathe(mesh, "chrome", [(radius, -height) for radius, height in rim], 32, axis="y")
+    for side in (-1, 1):
+        for x, z in ((0.15, 0), (-0.15, 0), (0, 0.15), (0, -0.15)):
+            box(mesh, "iron", (0.03, 0.02, 0.03), (x, side * (w - 0.05), z), bevel=0.01)
+    return mesh
+
+
+def bodies(document):
+    document.physics_material("rubber", 0.9, 0.1)
+    document.physics_material("metal", 0.5, 0.1)
+    document.physics_material("timber", 0.6, 0.1)
+
+    def shape_box(half, centre):
+        return (f"<box><half_extents>{' '.join(map(str, half))}</half_extents></box>"
+                f"<translate>{' '.join(map(str, centre))}</translate>")
+    document.rigid_body("truck", [
+        shape_box((2.1, 0.45, 0.14), (0, 0, 0)),
+        shape_box((0.95, 0.97, 0.07), (1.35, 0, 0.32)),
+        shape_box((0.62, 0.92, 0.3), (1.62, 0, 0.62)),
+        shape_box((0.62, 0.95, 0.62), (0.58, 0, 0.98)),
+        shape_box((1.18, 0.99, 0.06), (-1.22, 0, 0.33)),
+        shape_box((1.18, 0.04, 0.16), (-1.22, 0.95, 0.54)),
+        shape_box((1.18, 0.04, 0.16), (-1.22, -0.95, 0.54)),
+        shape_box((0.04, 0.91, 0.16), (-2.36, 0, 0.54))], "metal", mass=900)
+    tread = (f"<cylinder><height>{2 * WHEEL_HALF_WIDTH:g}</height>"
+             f"<radius>{WHEEL_RADIUS:g} {WHEEL_RADIUS:g}</radius></cylinder>")
+    for name, (x, y, z) in wheels():
+        wheel = name
+        document.rigid_body(wheel, [tread], "rubber", mass=40)
+        document.constraint(f"axle_{wheel[6:]}", "truck", (x, y, z - CHASSIS_HEIGHT), wheel, (0, 0, 0),
+                            swing=((0, -3600, 0), (0, 3600, 0)))
+    document.rigid_body("crate", [shape_box((0.35, 0.35, 0.35), (0, 0, 0))], "timber", mass=30)
+    document.rigid_body("barrel", ["<cylinder><height>0.9</height><radius>0.3 0.3</radius></cylinder>"
+                                   "<rotate>1 0 0 90</rotate>"], "metal", mass=40)
+    document.rigid_body("ramp", [shape_box((2.2, 1.5, 0.1), (0, 0, 0))], "timber")
+    document.rigid_body("ground", [shape_box((40, 40, 0.25), (0, 0, 0))], "rubber")
+
+
+def model():
+    document = Document("truck-yard", "Made by scenes/generator/truck.py.")
+    document.material("red", (0.72, 0.10, 0.09), shininess=90, specular=0.7)
+    document.material("iron", (0.17, 0.18, 0.20), shininess=40, specular=0.4)
+    document.material("chrome", (0.62, 0.64, 0.68), shininess=90, specular=0.8)
+    document.material("glass", (0.10, 0.15, 0.21), shininess=110, specular=0.9)
+    document.material("lamp", (0.98, 0.93, 0.72), shininess=90, specular=0.8)
+    document.material("rubber", (0.07, 0.07, 0.08), specular=0.1)
+    document.material("wood", (0.66, 0.46, 0.26))
+    document.material("pine", (0.82, 0.64, 0.38))
+    document.material("blue", (0.13, 0.35, 0.60), shininess=60, specular=0.5)
+    document.material("yard", (0.55, 0.55, 0.54), specular=0)
+
+    crate, barrel, ramp, ground = Mesh(), Mesh(), Mesh(), Mesh()
+    box(crate, "pine", (0.33, 0.33, 0.33), bevel=0.01)
+    for x, y in ((-1, -1), (-1, 1), (1, -1), (1, 1)):                           # the crate's frame
+        box(crate, "wood", (0.05, 0.05, 0.35), (x * 0.3, y * 0.3, 0), bevel=0.01)
+        box(crate, "wood", (0.05, 0.35, 0.05), (x * 0.3, 0, y * 0.3), bevel=0.01)
+        box(crate, "wood", (0.35, 0.05, 0.05), (0, x * 0.3, y * 0.3), bevel=0.01)
+    lathe(barrel, "blue", [(0, -0.45), (0.27, -0.45), (0.3, -0.42), (0.3, -0.18), (0.28, -0.15), (0.3, -0.12),
+                           (0.3, 0.12), (0.28, 0.15), (0.3, 0.18), (0.3, 0.42), (0.27, 0.45), (0, 0.45)], 32)
+    box(ramp, "wood", (2.2, 1.5, 0.1), bevel=0.02)
+    box(ground, "yard", (40, 40, 0.25))
+    for name, mesh in (("truck-body", body_mesh()), ("wheel", wheel_mesh()), ("crate", crate), ("barrel", barrel),
+                       ("ramp", ramp), ("ground", ground)):
+        document.geometry(name, mesh)
+
+    bodies(document)
+    placed = [("ground", "ground", "ground", (0, 0, -0.25), 0),
+              ("truck", "truck-body", "truck", (0, 0, CHASSIS_HEIGHT), 0),
+              ("ramp", "ramp", "ramp", (7, 0, 0.5), -13),
+              ("crate_on_bed", "crate", "crate", (-0.9, 0.3, CHASSIS_HEIGHT + 0.75), 0),
+              ("crate_low", "crate", "crate", (1.2, 3.2, 0.35), 0),
+              ("crate_high", "crate", "crate", (1.25, 3.15, 1.06), 0),
+              ("barrel_on_bed", "barrel", "barrel", (-1.8, -0.2, CHASSIS_HEIGHT + 0.86), 0),
+              ("barrel_left", "barrel", "barrel", (3.2, -2.6, 0.46), 0),
+              ("barrel_right", "barrel", "barrel", (3.95, -2.75, 0.46), 0)]
+    placed += [(name, "wheel", name, place, 0) for name, place in wheels()]
+    for name, geometry, body, place, turn in placed:
+        document.node(name, geometry, place, rotate_y=turn)
+        document.instance(body, name)
+    return document
+
+
+if __name__ == "__main__":
+    model().write(pathlib.Path(__file__).resolve().parent.parent / "models" / "truck.dae")
