@@ -30,16 +30,3 @@ endmacro()
 tessarin_find_by_pkg_config(TESSARIN_SIGCXX sigc++-2.0)
 tessarin_find_by_pkg_config(TESSARIN_LOG4CPP log4cpp)
 tessarin_find_by_pkg_config(TESSARIN_OSG openscenegraph-osgViewer)
-
-# GMTL: the machine's own where there is one, else the few headers that come with this project. A host that has its
-# GMTL in an unusual place names it with TESSARIN_GMTL_INCLUDE_DIR, or defines tessarin::gmtl before it gets here.
-if(NOT TARGET tessarin::gmtl)
-  find_path(TESSARIN_GMTL_INCLUDE_DIR gmtl/gmtl.h)
-  mark_as_advanced(TESSARIN_GMTL_INCLUDE_DIR)
-  add_library(tessarin::gmtl INTERFACE IMPORTED)
-  if(TESSARIN_GMTL_INCLUDE_DIR)
-    target_include_directories(tessarin::gmtl INTERFACE "${TESSARIN_GMTL_INCLUDE_DIR}")
-  else()
-    target_link_libraries(tessarin::gmtl INTERFACE tessarin::gmtl_fallback)
-  endif()
-endif()

@@ -16,4 +16,5 @@ install(FILES
   "${PROJECT_BINARY_DIR}/tessarinConfig.cmake"
   "${PROJECT_BINARY_DIR}/tessarinConfigVersion.cmake"
   "${CMAKE_CURRENT_LIST_DIR}/TessarinDependencies.cmake"
+  "${CMAKE_CURRENT_LIST_DIR}/TessarinGmtl.cmake"
   DESTINATION "${package_folder}")
