@@ -1,0 +1,96 @@
+#pragma once
+
+#include <xml_parser/Export.h>
+
+#include <iosfwd>
+#include <map>
+#include <string>
+
+namespace tessarin::xml_parser {
+
+/// Reads an XML document piece by piece and hands its elements and texts to a derived class, in document order.
+///
+/// Documents are UTF-8, UTF-16, Latin-1 or ASCII, by their declaration; what is handed on is UTF-8. White space that
+/// only lays out a document, that is white space alone between two tags in an element that has child elements, is left
+/// out. White space written as character references or in a CDATA section is always text, and so is that of an element
+/// without child elements.
+///
+/// A document that is nested too deep or that declares entities is refused, and no document type declaration is
+/// followed or has an effect, so a document is never larger than its text. A failure is logged as one line at level 300
+/// in the category "xml" and can be asked for afterwards. Nothing is thrown by parse(), whatever the stream's exception
+/// mask says and whatever a derived class throws.
+class TESSARIN_XML_PARSER_EXPORT AbstractXMLReader {
+public:
+    using Attributes = std::map<std::string, std::string>;
+
+    /// The values of parse().
+    enum Result : int {
+        SUCCESS = 0,
+        MALFORMED = 1,  ///< not well formed, or in an unknown encoding
+        REFUSED = 2,    ///< nested too deep, or with entities
+        UNREADABLE = 3, ///< the file doesn't open, or the stream fails
+        ABORTED = 4     ///< out of memory, or an exception of the derived class
+    };
+
+    static constexpr int defaultMaxDepth = 1000;
+
+    virtual ~AbstractXMLReader();
+
+    AbstractXMLReader(const AbstractXMLReader&) = delete;
+    AbstractXMLReader& operator=(const AbstractXMLReader&) = delete;
+
+    /// Reads one document, which reaches to the end of the stream. The stream is at its end afterwards, or where
+    /// reading failed.
+    int parse(std::istream& stream);
+
+    /// With isText true the string is the document's text, else the path of a file.
+    int parse(const std::string& textOrPath, bool isText);
+
+    /// How many elements may stand inside each other. At least 1.
+    void setMaxDepth(int depth);
+    int getMaxDepth() const { return _maxDepth; }
+
+    /// Names the document of a stream or a text in messages. A file is named by its path.
+    void setSourceName(const std::string& name) { _sourceName = name; }
+
+    /// What was wrong with the last document, with its place as far as there is one: "file:line:column: reason", or
+    /// "line 3, column 14: reason" for a document without a name. Empty after success.
+    std::string getErrorMessage() const;
+
+    /// What was wrong, without the place.
+    const std::string& getErrorReason() const { return _errorReason; }
+
+    /// From 1; 0 if there is no error, or none with a place.
+    int getErrorLine() const { return _errorLine; }
+    int getErrorColumn() const { return _errorColumn; }
+
+protected:
+    AbstractXMLReader();
+
+    /// Before anything else of a document.
+    virtual void startDocument() {}
+    virtual void startElement(std::string tag, Attributes attributes) = 0;
+    /// Part of the text of the element that is open.
+    virtual void characters(const std::string& text) = 0;
+    virtual void endElement() = 0;
+    /// After everything else, also where reading has failed in between and elements are still open.
+    virtual void endDocument(bool success) = 0;
+
+private:
+    class Impl;
+    class Source;
+    friend class Impl;
+
+    int parseSource(Source& source, const std::string& name) noexcept;
+    int readDocument(Source& source);
+    int fail(int result, const std::string& reason, int line, int column);
+
+    int _maxDepth = defaultMaxDepth;
+    std::string _sourceName;
+    std::string _errorSource;
+    std::string _errorReason;
+    int _errorLine = 0;
+    int _errorColumn = 0;
+};
+
+} // namespace tessarin::xml_parser
