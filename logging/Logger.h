@@ -60,7 +60,7 @@ private:
     class Impl;
 
     Logger();
-    ~Logger();
+    ~Logger() = default;
 
     Impl* _impl;
 };

@@ -2,11 +2,15 @@
 
 #include <xml_parser/Export.h>
 
+#include <cstddef>
+#include <functional>
 #include <iosfwd>
 #include <map>
 #include <string>
 
 namespace tessarin::xml_parser {
+
+class ExpatParser;
 
 /// Reads an XML document piece by piece and hands its elements and texts to a derived class, in document order.
 ///
@@ -53,8 +57,8 @@ public:
     /// Names the document of a stream or a text in messages. A file is named by its path.
     void setSourceName(const std::string& name) { _sourceName = name; }
 
-    /// What was wrong with the last document, with its place as far as there is one: "file:line:column: reason", or
-    /// "line 3, column 14: reason" for a document without a name. Empty after success.
+    /// What was wrong with the last document: "file:3:14: reason" by name, line and column, or "line 3, column 14:
+    /// reason" for a document without a name. Empty after success.
     std::string getErrorMessage() const;
 
     /// What was wrong, without the place.
@@ -77,13 +81,14 @@ protected:
     virtual void endDocument(bool success) = 0;
 
 private:
-    class Impl;
-    class Source;
-    friend class Impl;
+    friend class ExpatParser;
+    using Source = std::function<std::size_t(char*, std::size_t)>;
 
-    int parseSource(Source& source, const std::string& name) noexcept;
-    int readDocument(Source& source);
-    int fail(int result, const std::string& reason, int line, int column);
+    int parseSource(const Source& source, const std::string& name) noexcept;
+    int parseText(const std::string& text);
+    int parseFile(const std::string& path);
+    int readDocument(const Source& source, const std::string& name);
+    void setReason(const char* reason) noexcept;
 
     int _maxDepth = defaultMaxDepth;
     std::string _sourceName;

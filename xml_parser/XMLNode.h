@@ -24,7 +24,7 @@ public:
 
     /// The parent, which may be null, is only what getParent() tells until addChild() has made the node a child: the
     /// parent doesn't know of the node before, and doesn't free it.
-    XMLNode(const std::string& tag, XMLNode* parent);
+    XMLNode(const std::string& elementTag, XMLNode* parent);
     ~XMLNode();
 
     XMLNode(const XMLNode&) = delete;
