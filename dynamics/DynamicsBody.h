@@ -14,8 +14,8 @@ namespace tessarin::dynamics {
 /// A rigid body of a dynamics world, as far as agents need it: a name, a pose, velocities to reset, and the question
 /// whether its pose is worth reading.
 ///
-/// Poses are in the frame and in the units of the world: metres and seconds unless the world says otherwise. Matrices are
-/// column-major with the translation in elements 12, 13 and 14; rotations are unit quaternions x, y, z, w.
+/// Poses are in the frame and in the units of the world: metres and seconds unless the world says otherwise. Matrices
+/// are column-major with the translation in elements 12, 13 and 14; rotations are unit quaternions x, y, z, w.
 ///
 /// A body belongs to whoever got it from DynamicsBodyFunctor::visitBody, usually a component, and may be deleted at any
 /// time outside a simulation step, before or after its world.

@@ -7,11 +7,11 @@
 namespace tessarin::dynamics {
 
 /// A joint between two bodies, or between a body and the world. It belongs to whoever got it from
-/// DynamicsBodyFunctor::visitJoint, usually a component, and may be deleted at any time outside a simulation step, before
-/// or after its bodies and its world.
+/// DynamicsBodyFunctor::visitJoint, usually a component, and may be deleted at any time outside a simulation step,
+/// before or after its bodies and its world.
 ///
-/// What a joint can do beyond that is its engine's: a caller finds out the kind of a joint by a run-time cast to one of the
-/// three classes below, or to a class of the engine.
+/// What a joint can do beyond that is its engine's: a caller finds out the kind of a joint by a run-time cast to one of
+/// the three classes below, or to a class of the engine.
 class TESSARIN_DYNAMICS_EXPORT DynamicsJoint {
 public:
     virtual ~DynamicsJoint() = default;

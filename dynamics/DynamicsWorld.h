@@ -9,11 +9,11 @@
 
 namespace tessarin::dynamics {
 
-/// A dynamics world, as far as agents need it: a place that reads the physics of a model file. How and when the world is
-/// stepped is between the host and the engine.
+/// A dynamics world, as far as agents need it: a place that reads the physics of a model file. How and when the world
+/// is stepped is between the host and the engine.
 ///
-/// The host owns the world and keeps it alive as long as it is stored in AgentNode::dynamicsWorld. Bodies and joints that
-/// the world has reported don't belong to it and may outlive it.
+/// The host owns the world and keeps it alive as long as it is stored in AgentNode::dynamicsWorld. Bodies and joints
+/// that the world has reported don't belong to it and may outlive it.
 class TESSARIN_DYNAMICS_EXPORT DynamicsWorld {
 public:
     virtual ~DynamicsWorld() = default;

@@ -5,7 +5,7 @@
 /// information has to be one and the same everywhere, so it is visible although the classes are headers only.
 
 #if defined(_WIN32)
-#  define TESSARIN_DYNAMICS_EXPORT
+#    define TESSARIN_DYNAMICS_EXPORT
 #else
-#  define TESSARIN_DYNAMICS_EXPORT __attribute__((visibility("default")))
+#    define TESSARIN_DYNAMICS_EXPORT __attribute__((visibility("default")))
 #endif

@@ -1,0 +1,9 @@
+#include <agent/Accessor.h>
+
+namespace tessarin::agent {
+
+AbstractAccessor::~AbstractAccessor() = default;
+
+template class Accessor<std::string>;
+
+} // namespace tessarin::agent

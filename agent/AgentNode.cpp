@@ -1,0 +1,166 @@
+#include <agent/AgentNode.h>
+
+#include <agent/AgentNodeWalk.h>
+#include <agent/Component.h>
+#include <agent/RigidBodyComponent.h>
+#include <agent/SceneGraph.h>
+
+#include <osg/MatrixTransform>
+
+#include <vector>
+
+namespace tessarin::agent {
+
+std::list<AgentNode*> AgentNode::allAgents;
+unsigned AgentNode::marks = 0;
+unsigned AgentNode::visits = 0;
+dynamics::DynamicsWorld* AgentNode::dynamicsWorld = nullptr;
+
+AgentNode::AgentNode(const std::string& name) : velocity(0.0f, 0.0f, 0.0f) {
+    setName(name);
+    const osg::ref_ptr<osg::MatrixTransform> transform = new osg::MatrixTransform;
+    transform->setName("AgentNode MatTrans " + name);
+    setOsgTransform(transform);
+    allAgentsEntry = allAgents.insert(allAgents.end(), this);
+}
+
+AgentNode::AgentNode(const AgentNode& other) : SimObject(other), allAgentsEntry(allAgents.end()) {
+    viewListsOf(other);
+}
+
+AgentNode& AgentNode::operator=(const AgentNode& other) {
+    if (this == &other)
+        return *this;
+    releaseAll();
+    SimObject::operator=(other);
+    viewListsOf(other);
+    return *this;
+}
+
+/// Makes this agent, which holds nothing, see what the other holds.
+void AgentNode::viewListsOf(const AgentNode& other) {
+    for (int event = 0; event < AgentEvent::COUNT; ++event)
+        eventSignals[event] = other.eventSignals[event];
+    connectedEvents = 0xFFFF;
+    other.connectedEvents = 0xFFFF;
+
+    components = other.components;
+    for (Component* const component : components)
+        component->listing.enter(this, true);
+    children = other.children;
+    for (AgentNode* const child : children)
+        child->listing.enter(this, true);
+
+    rigidBody = other.rigidBody;
+    osgTransform = other.osgTransform;
+    ownsTransform = false;
+    selectionPriority = other.selectionPriority;
+    parent = other.parent;
+    markedForRemoval = other.markedForRemoval;
+    velocity = other.velocity;
+}
+
+/// Lets go of all components and children; what was owned belongs to the caller.
+void AgentNode::releaseAll() {
+    while (!components.empty()) {
+        Component* const component = components.front();
+        if (component->listing.isSharedWith(this))
+            unlistComponent(component);
+        else
+            removeComponent(component);
+    }
+    while (!children.empty()) {
+        AgentNode* const child = children.front();
+        if (child->listing.isSharedWith(this))
+            unlistChild(child);
+        else
+            removeChild(child);
+    }
+}
+
+AgentNode::~AgentNode() {
+    expireHandles();
+    if (allAgentsEntry != allAgents.end())
+        allAgents.erase(allAgentsEntry);
+    ChildWalk::ending(*this);
+    ComponentWalk::ending(*this);
+    for (AgentNode* const agent : listing.getAgents())
+        agent->unlistChild(this);
+
+    ComponentWalk walk(*this);
+    for (walk.begin(); Component* component = walk.get(); walk.advance()) {
+        osg::Node* const node = component->listing.isSharedWith(this) ? nullptr : component->getOsgNode();
+        if (node && osgTransform)
+            removeFromGroup(*osgTransform, *node);
+    }
+    if (ownsTransform && osgTransform)
+        removeFromParents(*osgTransform);
+    destroyComponents();
+    destroyChildren();
+    expireHandles();
+}
+
+void AgentNode::destroyComponents() {
+    rigidBody = nullptr;
+    while (!components.empty()) {
+        Component* const component = components.front();
+        const bool shared = component->listing.isSharedWith(this);
+        unlistComponent(component);
+        if (shared)
+            continue;
+        component->disconnectAll();
+        for (AgentNode* const agent : component->listing.getAgents()) {
+            osg::Node* const node = component->getOsgNode();
+            if (node && agent->osgTransform && !component->listing.isSharedWith(agent))
+                removeFromGroup(*agent->osgTransform, *node);
+            agent->unlistComponent(component);
+        }
+        deleteComponent(component);
+    }
+}
+
+void AgentNode::destroyChildren() {
+    // Each child takes its own transform out of the scene, but from a wide group that takes quadratic time.
+    constexpr std::size_t wide = 64;
+    if (osgTransform && children.size() > wide) {
+        std::vector<osg::Node*> transforms;
+        for (AgentNode* const child : children) {
+            osg::Transform* const transform = child->osgTransform.get();
+            if (transform && !child->listing.isSharedWith(this) && transform->getNumParents() > 0 &&
+                transform->getParent(0) == osgTransform.get())
+                transforms.push_back(transform);
+        }
+        removeManyFromGroup(*osgTransform, transforms);
+    }
+    while (!children.empty()) {
+        AgentNode* const child = children.front();
+        const bool shared = child->listing.isSharedWith(this);
+        unlistChild(child);
+        if (!shared)
+            deleteChild(child);
+    }
+}
+
+void AgentNode::expireHandles() {
+    while (watchers) {
+        AgentNodeHandle* const handle = watchers;
+        watchers = handle->next;
+        handle->agent = nullptr;
+        handle->next = nullptr;
+        handle->link = nullptr;
+    }
+}
+
+void AgentNode::deleteChild(AgentNode* child) {
+    delete child;
+}
+
+void AgentNode::deleteComponent(Component* component) {
+    delete component;
+}
+
+const char* AgentNode::getClassName() {
+    return "AgentNode";
+}
+
+} // namespace tessarin::agent

@@ -1,0 +1,238 @@
+#include <agent/AgentNode.h>
+
+#include <agent/AgentNodeWalk.h>
+#include <agent/Component.h>
+#include <agent/HookGuard.h>
+#include <agent/RigidBodyComponent.h>
+#include <agent/SceneGraph.h>
+#include <logging/Log.h>
+
+#include <algorithm>
+#include <cassert>
+#include <vector>
+
+namespace tessarin::agent {
+
+using logging::Logger;
+
+static log4cpp::Category* const category = Logger::instance()->getCategory("agent", true);
+
+namespace {
+
+struct Hook {
+    void (Component::*call)();
+    const char* name;
+};
+
+// By the values of AgentEvent. The reserved value has no hook.
+constexpr Hook eventHooks[AgentEvent::COUNT] = {
+    {&Component::prePhysicsUpdate, "prePhysicsUpdate"},
+    {&Component::prePhysicsTick, "prePhysicsTick"},
+    {&Component::postPhysicsTick, "postPhysicsTick"},
+    {&Component::postPhysicsUpdate, "postPhysicsUpdate"},
+    {&Component::update, "update"},
+    {&Component::postUpdate, "postUpdate"},
+    {&Component::mousePress, "mousePress"},
+    {&Component::mouseRelease, "mouseRelease"},
+    {&Component::mouseDrag, "mouseDrag"},
+    {&Component::mouseEnter, "mouseEnter"},
+    {&Component::mouseOver, "mouseOver"},
+    {&Component::mouseExit, "mouseExit"},
+    {&Component::windowResize, "windowResize"},
+    {nullptr, nullptr},
+    {&Component::onAgentCreated, "onAgentCreated"},
+    {&Component::onAgentModified, "onAgentModified"},
+};
+
+bool isEvent(AgentEvent::_AgentEventEnum event) {
+    return event >= 0 && event < AgentEvent::COUNT;
+}
+
+} // namespace
+
+Component* AgentNode::addComponent(const std::string& className) {
+    Component* const component = createComponent(className);
+    if (!component)
+        return nullptr;
+    component->setName(className);
+    return addComponent(component);
+}
+
+Component* AgentNode::addComponent(Component* component) {
+    if (!component)
+        return nullptr;
+    if (auto* const body = dynamic_cast<RigidBodyComponent*>(component))
+        rigidBody = body;
+    component->setAgentNode(this);
+    osg::Node* const node = component->getOsgNode();
+    if (node && osgTransform)
+        osgTransform->addChild(node);
+    components.push_back(component);
+    component->listing.enter(this, false);
+    if (componentWalks)
+        ComponentWalk::appended(*this);
+
+    std::list<AgentEvent::_AgentEventEnum> events;
+    if (component->getSupportedEvents(events)) {
+        for (const AgentEvent::_AgentEventEnum event : events)
+            connect(component, event);
+    } else {
+        TESSARIN_LOG(category, Logger::infoLevel,
+                     "Component " << component->getClassName() << " does not implement getSupportedEvents.");
+        for (int event = 0; event < AgentEvent::COUNT; ++event)
+            connect(component, static_cast<AgentEvent::_AgentEventEnum>(event));
+    }
+    const Visit visit(*this);
+    callHook("attached", [component] { component->attached(); });
+    return component;
+}
+
+void AgentNode::connect(Component* component, AgentEvent::_AgentEventEnum event) {
+    assert(isEvent(event) && "Component::getSupportedEvents names the sixteen agent events and no others.");
+    if (!isEvent(event) || !eventHooks[event].call)
+        return;
+    const Hook& hook = eventHooks[event];
+    component->connections.push_back(eventSignals[event].connect(
+        [component, &hook] { callHook(hook.name, [component, &hook] { (component->*hook.call)(); }); }));
+    connectedEvents = static_cast<std::uint16_t>(connectedEvents | 1u << event);
+}
+
+Component* AgentNode::getComponent(const std::string& name) {
+    for (Component* const component : components)
+        if (component->getName() == name)
+            return component;
+    return nullptr;
+}
+
+Component* AgentNode::getOrAddComponent(const std::string& name) {
+    Component* const component = getComponent(name);
+    return component ? component : addComponent(name);
+}
+
+Component* AgentNode::getOrAddComponent(const std::string& className, const std::string& name) {
+    if (Component* const component = getComponent(name))
+        return component;
+    const Visit visit(*this);
+    Component* const component = addComponent(className);
+    if (!component || visit.isOver() || !holdsComponent(component))
+        return nullptr;
+    component->setName(name);
+    return component;
+}
+
+void AgentNode::removeComponent(Component* component) {
+    assert(component && "AgentNode::removeComponent takes no null component.");
+    if (!component)
+        return;
+    component->setAgentNode(nullptr);
+    osg::Node* const node = component->getOsgNode();
+    if (node && osgTransform)
+        removeFromGroup(*osgTransform, *node);
+    unlistComponent(component);
+    component->disconnectAll();
+}
+
+/// Takes every entry of the component out of the list.
+void AgentNode::unlistComponent(Component* component) {
+    for (auto entry = components.begin(); entry != components.end();) {
+        const auto here = entry++;
+        if (*here != component)
+            continue;
+        if (componentWalks)
+            ComponentWalk::leaving(*this, here);
+        components.erase(here);
+        if (!component->listing.isRepeated())
+            break;
+    }
+    component->listing.leave(this);
+    if (rigidBody && static_cast<Component*>(rigidBody) == component)
+        updateRigidBody();
+}
+
+void AgentNode::updateRigidBody() {
+    rigidBody = nullptr;
+    for (auto entry = components.rbegin(); entry != components.rend() && !rigidBody; ++entry)
+        rigidBody = dynamic_cast<RigidBodyComponent*>(*entry);
+}
+
+/// Whether the component, which may be gone, is still in the list. The one asked for is usually the last.
+bool AgentNode::holdsComponent(const Component* component) const {
+    return std::find(components.rbegin(), components.rend(), component) != components.rend();
+}
+
+void AgentNode::sendEvent(AgentEvent::_AgentEventEnum event) {
+    assert(isEvent(event) && "AgentNode::sendEvent takes the sixteen agent events and no others.");
+    if (!isEvent(event))
+        return;
+    ++visits;
+    dispatchEvent(event);
+    --visits;
+}
+
+void AgentNode::dispatchEvent(AgentEvent::_AgentEventEnum event) {
+    const bool listens = (connectedEvents >> event & 1u) != 0;
+    if (!listens && children.empty())
+        return;
+
+    ChildWalk walk(*this);
+    const unsigned marksBefore = marks;
+    bool sweep = false;
+    if (listens)
+        eventSignals[event].emit();
+    for (walk.begin(); AgentNode* child = walk.get(); walk.advance()) {
+        child->dispatchEvent(event);
+        if (walk.isOnVisited() && child->markedForRemoval)
+            sweep = true;
+    }
+    if (walk.node && (sweep || marks != marksBefore))
+        removeMarkedChildren();
+}
+
+void AgentNode::removeMarkedChildren() {
+    std::vector<AgentNode*> leaving;
+    for (AgentNode* const child : children)
+        // Inside another visit the agent may be one that that visit is passing through; it stays marked for a later
+        // sweep.
+        if (child->markedForRemoval && !child->listing.isSharedWith(this) && !(visits > 1 && child->isInUse()))
+            leaving.push_back(child);
+    if (leaving.empty())
+        return;
+
+    constexpr std::size_t many = 8;
+    if (osgTransform && leaving.size() > many) {
+        std::vector<osg::Node*> transforms;
+        for (AgentNode* const child : leaving)
+            if (child->osgTransform && child->osgTransform->getNumParents() > 0 &&
+                child->osgTransform->getParent(0) == osgTransform.get())
+                transforms.push_back(child->osgTransform.get());
+        removeManyFromGroup(*osgTransform, transforms);
+    }
+
+    const Visit visit(*this);
+    ChildWalk walk(*this);
+    for (walk.begin(); AgentNode* child = walk.get(); walk.advance()) {
+        if (!child->markedForRemoval || child->listing.isSharedWith(this) || (visits > 2 && child->isInUse()))
+            continue;
+        eraseChild(walk.current);
+        if (child->listing.isRepeated())
+            unlistChild(child);
+        child->listing.leave(this);
+        deleteChild(child);
+    }
+}
+
+/// Whether a walk is under way on this agent or below it.
+bool AgentNode::isInUse() const {
+    if (childWalks || componentWalks)
+        return true;
+    return std::any_of(children.begin(), children.end(), [](const AgentNode* child) { return child->isInUse(); });
+}
+
+void AgentNode::onCollision(CollisionData& collision) {
+    const Visit visit(*this);
+    ComponentWalk walk(*this);
+    for (walk.begin(); Component* component = walk.get(); walk.advance())
+        callHook("onCollision", [component, &collision] { component->onCollision(collision); });
+}
+
+} // namespace tessarin::agent

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <agent/AgentNodeHandle.h>
+
+#include <osg/Referenced>
+
+namespace tessarin::agent {
+
+/// The link from a transform to its agent, held by the transform as its user data. It doesn't keep the agent alive and
+/// knows when the agent is gone. A transform that outlives its agent is to be let go on the thread of the agent tree.
+class AgentNodeOsgUserData final : public osg::Referenced {
+public:
+    explicit AgentNodeOsgUserData(AgentNode* node) : agent(node) {}
+
+    AgentNode* getAgent() const { return agent.get(); }
+
+private:
+    ~AgentNodeOsgUserData() override = default;
+
+    const AgentNodeHandle agent;
+};
+
+} // namespace tessarin::agent

@@ -1,0 +1,173 @@
+#include <agent/AgentNode.h>
+
+#include <agent/AgentNodeWalk.h>
+#include <agent/DocumentReader.h>
+#include <agent/DocumentTransform.h>
+#include <agent/GeometryComponent.h>
+#include <agent/RigidBodyComponent.h>
+#include <agent/VisualModelComponent.h>
+#include <dynamics/DynamicsBody.h>
+#include <logging/Log.h>
+#include <sceneutils/FindNodeVisitor.h>
+#include <xml_parser/XMLNode.h>
+
+#include <osg/MatrixTransform>
+
+#include <string_view>
+
+namespace tessarin::agent {
+
+using logging::Logger;
+using xml_parser::XMLNode;
+
+static log4cpp::Category* const category = Logger::instance()->getCategory("agent", true);
+
+void AgentNode::modifyWithXml(std::istream& stream) {
+    DocumentReader reader;
+    modifyWithXml(reader.read(stream));
+}
+
+void AgentNode::modifyWithXml(const std::string& text) {
+    DocumentReader reader;
+    modifyWithXml(reader.read(text));
+}
+
+void AgentNode::modifyWithXml(XMLNode* node) {
+    if (!node)
+        return;
+    const Visit visit(*this);
+    internalModifyWithXml(node);
+    if (!visit.isOver())
+        sendEvent(AgentEvent::AGENT_MODIFIED);
+}
+
+namespace {
+
+/// The component named "VisualModelComponent" of the nearest agent upwards, or null. Agents taken out of the tree go on
+/// naming their former parents, so the way up may lead in a circle; the slow climber is met then.
+Component* findVisualModel(AgentNode* agent) {
+    AgentNode* slow = agent;
+    for (bool odd = false; agent; odd = !odd) {
+        if (Component* const model = agent->getComponent("VisualModelComponent"))
+            return model;
+        agent = agent->getParent();
+        if (odd)
+            slow = slow->getParent();
+        if (agent == slow)
+            return nullptr;
+    }
+    return nullptr;
+}
+
+/// Ties a geometry component to the model's node of its agent's name. False ends the pass over the agent's element:
+/// there is a visual model, but it is empty.
+bool tieGeometry(GeometryComponent& geometry) {
+    AgentNode* const agent = geometry.getAgentNode();
+    Component* const found = findVisualModel(agent);
+    if (!found) {
+        TESSARIN_LOG(category, Logger::errorLevel,
+                     "Failed to find VisualModelComponent thats corresponds to GeometryComponent");
+        return true;
+    }
+    auto* const visualModel = dynamic_cast<VisualModelComponent*>(found);
+    const osg::ref_ptr<osg::Node> model = visualModel ? visualModel->getModel() : nullptr;
+    if (!model)
+        return false;
+
+    sceneutils::FindNodeVisitor finder(agent->getName());
+    model->accept(finder);
+    osg::Node* const node = finder.getFirst();
+    osg::Transform* const transform = node ? node->asTransform() : nullptr;
+    if (osg::MatrixTransform* const placed = transform ? transform->asMatrixTransform() : nullptr)
+        placed->setMatrix(osg::Matrixd());
+    geometry.setOsgNode(node ? osg::ref_ptr<osg::Node>(node) : model);
+    return true;
+}
+
+void placeBody(RigidBodyComponent& component, const DocumentTransform& transform) {
+    dynamics::DynamicsBody* const body = component.getBody();
+    if (!body)
+        return;
+    body->setMatrix(transform.matrix);
+    body->setPosition(transform.translation);
+    body->setRotation(transform.rotation);
+}
+
+} // namespace
+
+/// Applies an element to this agent and, through recursion, to its branch. No event is sent but the creation of new
+/// children.
+void AgentNode::internalModifyWithXml(XMLNode* node) {
+    if (node->tag != "AgentNode")
+        return;
+    std::string name;
+    node->getAttributeValueString("name", name);
+    if (!name.empty())
+        setName(name);
+    TESSARIN_LOG(category, Logger::infoLevel, "Creating AgentNode(" << name << ")");
+
+    DocumentTransform transform;
+    if (transform.read(*node, getName()) == DocumentTransform::READ)
+        setMatrix(transform.matrix);
+
+    const Visit visit(*this);
+    for (int i = 0; i < node->getNumChildren() && !visit.isOver(); ++i) {
+        XMLNode* const element = node->getChild(i);
+        if (element->tag == "AgentNode")
+            modifyChildWithXml(element);
+        else if (element->tag == "Component" && !modifyOrAddComponent(element, transform))
+            return;
+    }
+}
+
+/// The element of a child agent: applied to the first child of that name, or made into a new one.
+void AgentNode::modifyChildWithXml(XMLNode* element) {
+    std::string name;
+    element->getAttributeValueString("name", name);
+    if (AgentNode* const child = getChild(name)) {
+        child->internalModifyWithXml(element);
+        return;
+    }
+    const Visit visit(*this);
+    AgentNode* const child = createFromXml(element);
+    if (!child)
+        return;
+    if (visit.isOver())
+        delete child;
+    else
+        addChild(child);
+}
+
+/// The element of a component. False ends the pass over this agent's element.
+bool AgentNode::modifyOrAddComponent(XMLNode* element, const DocumentTransform& transform) {
+    std::string name;
+    element->getAttributeValueString("name", name);
+
+    const Visit visit(*this);
+    Component* component = name.empty() ? nullptr : getComponent(name);
+    if (component) {
+        modifyComponentWithXml(component, element);
+    } else {
+        component = createComponentFromXml(element);
+        if (!component) {
+            TESSARIN_LOG(category, Logger::errorLevel, "AgentNode " << name << " could not add a component from XML");
+            return true;
+        }
+        component = initializeNew(addComponent(component));
+    }
+    if (!component || visit.isOver())
+        return true;
+
+    if (std::string_view(component->getClassName()) == "GeometryComponent") {
+        auto* const geometry = dynamic_cast<GeometryComponent*>(component);
+        if (geometry && !tieGeometry(*geometry))
+            return false;
+    }
+    if (name == "RigidBodyComponent" && transform.isUsable()) {
+        if (auto* const body = dynamic_cast<RigidBodyComponent*>(component))
+            placeBody(*body, transform);
+    }
+    return true;
+}
+
+} // namespace tessarin::agent

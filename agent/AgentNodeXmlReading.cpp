@@ -1,0 +1,118 @@
+#include <agent/AgentNode.h>
+
+#include <agent/AgentNodeWalk.h>
+#include <agent/Component.h>
+#include <agent/DocumentReader.h>
+#include <agent/HookGuard.h>
+#include <logging/Log.h>
+#include <xml_parser/XMLNode.h>
+
+namespace tessarin::agent {
+
+using logging::Logger;
+using xml_parser::XMLNode;
+
+static log4cpp::Category* const category = Logger::instance()->getCategory("agent", true);
+
+AgentNode* AgentNode::createFromXml(std::istream& stream) {
+    DocumentReader reader;
+    return createFromXml(reader.read(stream));
+}
+
+AgentNode* AgentNode::createFromXmlString(const std::string& text) {
+    DocumentReader reader;
+    return createFromXml(reader.read(text));
+}
+
+AgentNode* AgentNode::createFromXml(XMLNode* node) {
+    AgentNode* const agent = node ? internalCreateFromXml(node) : nullptr;
+    if (!agent)
+        return nullptr;
+    const Visit visit(*agent);
+    agent->sendEvent(AgentEvent::AGENT_CREATED);
+    return visit.isOver() ? nullptr : agent;
+}
+
+/// Makes an agent and its branch without telling it. Null if the element is no AgentNode, or if a hook has deleted the
+/// agent meanwhile.
+AgentNode* AgentNode::internalCreateFromXml(XMLNode* node) {
+    if (node->tag != "AgentNode")
+        return nullptr;
+    std::string name;
+    node->getAttributeValueString("name", name);
+    auto* const agent = new AgentNode;
+    agent->setName(name);
+    TESSARIN_LOG(category, Logger::infoLevel, "Creating AgentNode(" << name << ")");
+
+    const Visit visit(*agent);
+    for (int i = 0; i < node->getNumChildren() && !visit.isOver(); ++i) {
+        XMLNode* const element = node->getChild(i);
+        if (element->tag == "AgentNode") {
+            AgentNode* const child = internalCreateFromXml(element);
+            if (child && visit.isOver())
+                delete child;
+            else if (child)
+                agent->addChild(child);
+        } else if (element->tag == "Component") {
+            Component* component = createComponentFromXml(element);
+            if (!component) {
+                TESSARIN_LOG(category, Logger::errorLevel,
+                             "AgentNode " << agent->getName() << " could not add a component from XML");
+                continue;
+            }
+            component = agent->initializeNew(agent->addComponent(component));
+            if (component && component->getName() == "VisualModelComponent") {
+                // The modification walks the whole element, what creation has read of it included.
+                agent->internalModifyWithXml(node);
+                if (!visit.isOver())
+                    agent->sendEvent(AgentEvent::AGENT_MODIFIED);
+                break;
+            }
+        }
+    }
+    return visit.isOver() ? nullptr : agent;
+}
+
+/// Initialises a component just attached. Null if it, or this agent, is gone or they have parted before or by then.
+Component* AgentNode::initializeNew(Component* component) {
+    const Visit visit(*this);
+    if (!holdsComponent(component))
+        return nullptr;
+    callHook("initialize", [component] { component->initialize(); });
+    return !visit.isOver() && holdsComponent(component) ? component : nullptr;
+}
+
+Component* AgentNode::createComponent(const std::string& className) {
+    return Component::createComponent(className);
+}
+
+Component* AgentNode::createComponentFromXml(XMLNode* node) {
+    if (!node)
+        return nullptr;
+    const std::string className = node->getAttributeValue("class");
+    TESSARIN_LOG(category, Logger::infoLevel, "Creating Component " << className);
+    Component* const component = createComponent(className);
+    if (!component) {
+        TESSARIN_LOG(category, Logger::errorLevel, "Error creating component " << className << " from xml");
+        return nullptr;
+    }
+    const std::string name = node->getAttributeValue("name");
+    component->setName(name.empty() ? className : name);
+    return modifyComponentWithXml(component, node);
+}
+
+Component* AgentNode::modifyComponentWithXml(Component* component, XMLNode* node) {
+    for (int i = 0; i < node->getNumChildren(); ++i) {
+        const XMLNode* const element = node->getChild(i);
+        if (element->tag != "field")
+            continue;
+        const std::string name = element->getAttributeValue("name");
+        const std::string value = element->getAttributeValue("value");
+        TESSARIN_LOG(category, Logger::infoLevel,
+                     "Component(" << component->getClassName() << ")." << name << "=" << value);
+        component->setAsString(name, value);
+    }
+    return component;
+}
+
+} // namespace tessarin::agent

@@ -1,0 +1,7 @@
+#include <agent/BehaviourComponent.h>
+
+namespace tessarin::agent {
+
+BehaviourComponent::~BehaviourComponent() = default;
+
+} // namespace tessarin::agent

@@ -1,0 +1,144 @@
+#pragma once
+
+#include <gmtl/Quat.h>
+#include <gmtl/Vec.h>
+
+#include <charconv>
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+namespace tessarin::agent {
+
+/// The text form of a field's type, as documents hold it. Accessor<T> works for each type for which this is
+/// specialised: text, bool ("true" or "false"), the arithmetic types, and GMTL's vectors and quaternions (numbers
+/// joined by blanks). Numbers take no notice of locales and have digits enough to come back equal.
+///
+/// A host adds a type of its own by specialising the template with two static functions:
+/// @code
+/// template <>
+/// struct tessarin::agent::FieldText<Colour> {
+///     static std::string write(const Colour& value);
+///     static bool read(std::string_view text, Colour& value); // false, and value untouched, if text is no colour
+/// };
+/// @endcode
+template <class T, class Enable = void>
+struct FieldText;
+
+template <>
+struct FieldText<std::string> {
+    static std::string write(const std::string& value) { return value; }
+
+    static bool read(std::string_view text, std::string& value) {
+        value = text;
+        return true;
+    }
+};
+
+namespace detail {
+
+constexpr std::string_view fieldBlanks = " \t\r\n";
+
+/// Cuts the next word off the front of the text; empty when there is none.
+inline std::string_view nextWord(std::string_view& text) {
+    const std::size_t begin = text.find_first_not_of(fieldBlanks);
+    if (begin == std::string_view::npos) {
+        text = {};
+        return {};
+    }
+    const std::size_t end = text.find_first_of(fieldBlanks, begin);
+    const std::string_view word = text.substr(begin, end - begin);
+    text = end == std::string_view::npos ? std::string_view() : text.substr(end);
+    return word;
+}
+
+template <class Number>
+bool readNumber(std::string_view word, Number& value) {
+    if (word.size() > 1 && word[0] == '+' && word[1] != '-')
+        word.remove_prefix(1);
+    Number number{};
+    const char* const end = word.data() + word.size();
+    const auto [stop, error] = std::from_chars(word.data(), end, number);
+    if (error != std::errc() || stop != end)
+        return false;
+    value = number;
+    return true;
+}
+
+template <class Number>
+void appendNumber(std::string& text, Number value) {
+    char buffer[64];
+    const auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, value);
+    if (error == std::errc())
+        text.append(buffer, end);
+}
+
+template <class Numbers>
+std::string writeNumbers(const Numbers& values, unsigned count) {
+    std::string text;
+    for (unsigned i = 0; i < count; ++i) {
+        if (i > 0)
+            text += ' ';
+        appendNumber(text, values[static_cast<int>(i)]);
+    }
+    return text;
+}
+
+template <class Numbers>
+bool readNumbers(std::string_view text, Numbers& values, unsigned count) {
+    Numbers read = values;
+    for (unsigned i = 0; i < count; ++i)
+        if (!readNumber(nextWord(text), read[static_cast<int>(i)]))
+            return false;
+    if (!nextWord(text).empty())
+        return false;
+    values = read;
+    return true;
+}
+
+} // namespace detail
+
+template <>
+struct FieldText<bool> {
+    static std::string write(bool value) { return value ? "true" : "false"; }
+
+    static bool read(std::string_view text, bool& value) {
+        const std::string_view word = detail::nextWord(text);
+        const bool yes = word == "true" || word == "1";
+        if ((!yes && word != "false" && word != "0") || !detail::nextWord(text).empty())
+            return false;
+        value = yes;
+        return true;
+    }
+};
+
+template <class Number>
+struct FieldText<Number, std::enable_if_t<std::is_arithmetic_v<Number>>> {
+    static std::string write(Number value) {
+        std::string text;
+        detail::appendNumber(text, value);
+        return text;
+    }
+
+    static bool read(std::string_view text, Number& value) {
+        const std::string_view word = detail::nextWord(text);
+        return detail::nextWord(text).empty() && detail::readNumber(word, value);
+    }
+};
+
+template <class Number, unsigned Size>
+struct FieldText<gmtl::Vec<Number, Size>> {
+    static std::string write(const gmtl::Vec<Number, Size>& value) { return detail::writeNumbers(value, Size); }
+    static bool read(std::string_view text, gmtl::Vec<Number, Size>& value) {
+        return detail::readNumbers(text, value, Size);
+    }
+};
+
+template <class Number>
+struct FieldText<gmtl::Quat<Number>> {
+    static std::string write(const gmtl::Quat<Number>& value) { return detail::writeNumbers(value, 4); }
+    static bool read(std::string_view text, gmtl::Quat<Number>& value) { return detail::readNumbers(text, value, 4); }
+};
+
+} // namespace tessarin::agent

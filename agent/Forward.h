@@ -1,0 +1,25 @@
+#pragma once
+
+/// @file
+/// Names of the agent library, for headers that only pass pointers and references on.
+
+namespace tessarin::agent {
+
+class AbstractAccessor;
+class AgentFactory;
+class AgentNode;
+class AgentNodeHandle;
+class BehaviourComponent;
+struct CollisionData;
+class Component;
+class GeometryComponent;
+class JointComponent;
+class RigidBodyComponent;
+class SceneGraphModifierComponent;
+class SimObject;
+class SimObjectDB;
+class SimObjectFactory;
+class VisualModelComponent;
+class VisualModelComponentModelLoader;
+
+} // namespace tessarin::agent

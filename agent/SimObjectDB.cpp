@@ -1,0 +1,48 @@
+#include <agent/SimObjectDB.h>
+
+#include <agent/AgentNode.h>
+#include <agent/Component.h>
+#include <agent/SimObjectFactory.h>
+#include <xml_parser/XMLNode.h>
+#include <xml_parser/XMLNodeCreator.h>
+
+#include <cassert>
+
+namespace tessarin::agent {
+
+SimObjectDB* SimObjectDB::_instance = nullptr;
+
+SimObjectDB::~SimObjectDB() = default;
+
+SimObjectDB* SimObjectDB::instance() {
+    if (!_instance)
+        _instance = new SimObjectDB;
+    return _instance;
+}
+
+void SimObjectDB::registerFactory(SimObjectFactory* factory, const std::string& name) {
+    assert(factory && "SimObjectDB::registerFactory takes no null factory.");
+    if (factory)
+        factories[name] = factory;
+}
+
+SimObject* SimObjectDB::createObject(const std::string& name) {
+    const auto found = factories.find(name);
+    return found == factories.end() ? nullptr : found->second->create();
+}
+
+SimObject* SimObjectDB::createObjectFromXML(std::istream& stream) {
+    xml_parser::XMLNodeCreator reader;
+    reader.setPruneEmptyTags(false);
+    reader.setCreateAttributesFromPrimitiveChildren(false);
+    reader.parse(stream);
+
+    xml_parser::XMLNode* const root = reader.getRoot();
+    if (!root)
+        return nullptr;
+    if (root->tag == "Component")
+        return AgentNode::createComponentFromXml(root);
+    return AgentNode::createFromXml(root);
+}
+
+} // namespace tessarin::agent
