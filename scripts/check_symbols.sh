@@ -19,7 +19,7 @@ for library in "${libraries[@]}"; do
         kind = $2
         $1 = $2 = ""
         symbol = substr($0, 3)
-        if (symbol ~ /tessarin::/) next
+        if (symbol ~ /tessarin::/ || symbol ~ /^(__bss_start|_edata|_end)$/) next
         if (kind ~ /[WVu]/ && symbol ~ /(^|[ (<])(std|__gnu_cxx)::/) next
         print "  " kind " " symbol
     }')
