@@ -22,6 +22,8 @@ add_library(tessarin_build_settings INTERFACE)
 target_compile_features(tessarin_build_settings INTERFACE cxx_std_17)
 target_compile_options(tessarin_build_settings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast
+  # Log lines name source files from the root of the tree.
+  "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/="
   $<$<BOOL:${TESSARIN_WARNINGS_AS_ERRORS}>:-Werror>)
 target_link_options(tessarin_build_settings INTERFACE -Wl,--as-needed)
 
