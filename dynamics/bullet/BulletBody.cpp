@@ -1,0 +1,148 @@
+#include <dynamics/bullet/BulletBody.h>
+
+#include <dynamics/bullet/BulletConversions.h>
+#include <dynamics/bullet/DynamicsLog.h>
+#include <dynamics/bullet/WorldCore.h>
+
+#include <cmath>
+#include <utility>
+
+namespace tessarin::dynamics::bullet {
+
+namespace {
+
+/// For how many steps a body that fell asleep still counts as active, so that its last pose is read although a host may
+/// run several steps a frame.
+constexpr std::uint64_t stepsAfterSleep = 10;
+
+constexpr double defaultFriction = 0.5;
+
+/// Of a round body, against its size: little enough to let it roll, and enough to let it come to rest.
+constexpr double rollingFriction = 0.02;
+
+btRigidBody::btRigidBodyConstructionInfo describe(const BodyShape& shape, const Affine& pose) {
+    btRigidBody::btRigidBodyConstructionInfo info(static_cast<btScalar>(shape.mass), nullptr, shape.whole(),
+                                                  toBullet(shape.inertia));
+    info.m_startWorldTransform = toBullet(pose * shape.massFrame);
+    info.m_friction = static_cast<btScalar>(defaultFriction);
+    if (shape.isRound) {
+        info.m_rollingFriction = static_cast<btScalar>(rollingFriction * shape.size);
+        info.m_spinningFriction = info.m_rollingFriction;
+    }
+    return info;
+}
+
+bool isFinite(const btTransform& place) { return isFinite(fromBullet(place)); }
+
+} // namespace
+
+BulletBody::BulletBody(std::shared_ptr<WorldCore> worldCore, std::string bodyName, BodyShape bodyShape,
+                       const Affine& pose)
+    : core(std::move(worldCore)), name(std::move(bodyName)), shape(std::move(bodyShape)),
+      massFrameInverse(rigidInverse(shape.massFrame)), body(describe(shape, pose)),
+      lastPlace(body.getWorldTransform()) {
+    body.setUserPointer(this);
+    if (shape.mass > 0) {
+        // A body that moves by more than its own size in one step is swept, so that it can't pass through a surface.
+        body.setCcdMotionThreshold(static_cast<btScalar>(shape.size));
+        body.setCcdSweptSphereRadius(static_cast<btScalar>(shape.size / 2));
+    }
+    core->add(body);
+}
+
+BulletBody::~BulletBody() { core->remove(body); }
+
+Affine BulletBody::getPose() const { return fromBullet(body.getWorldTransform()) * massFrameInverse; }
+
+void BulletBody::setPose(const Affine& pose) {
+    const btTransform place = toBullet(pose * shape.massFrame);
+    if (!isFinite(place)) {
+        TESSARIN_LOG(logCategory(), logging::Logger::errorLevel,
+                     "body '" << name << "' can't be put where numbers are not finite, it stays");
+        return;
+    }
+    core->wakeAround(body);
+    // Both, else the engine would draw the body from its old place to the new one.
+    body.setWorldTransform(place);
+    body.setInterpolationWorldTransform(place);
+    lastPlace = place;
+    isPoseUnread = true;
+    core->updatePlace(body);
+}
+
+void BulletBody::getMatrix(gmtl::Matrix<double, 4, 4>& matrix) {
+    toGmtl(getPose(), matrix);
+    isPoseUnread = false;
+}
+
+void BulletBody::setMatrix(const gmtl::Matrix<double, 4, 4>& matrix) {
+    const Affine given = fromGmtl(matrix);
+    setPose({polarPartsOf(given.linear).rotation, given.translation});
+}
+
+void BulletBody::setLinearVelocity(const gmtl::Vec<float, 3>& velocity) {
+    const btVector3 value(velocity[0], velocity[1], velocity[2]);
+    if (body.isStaticObject() || !bullet::isFinite(fromBullet(value))) {
+        return;
+    }
+    body.setLinearVelocity(value);
+    body.setInterpolationLinearVelocity(value);
+    core->wakeAround(body);
+}
+
+void BulletBody::setAngularVelocity(const gmtl::Vec<float, 3>& velocity) {
+    const btVector3 value(velocity[0], velocity[1], velocity[2]);
+    if (body.isStaticObject() || !bullet::isFinite(fromBullet(value))) {
+        return;
+    }
+    body.setAngularVelocity(value);
+    body.setInterpolationAngularVelocity(value);
+    core->wakeAround(body);
+}
+
+void BulletBody::setPosition(const gmtl::Vec<double, 3>& position) {
+    setPose({getPose().linear, {position[0], position[1], position[2]}});
+}
+
+void BulletBody::setRotation(const gmtl::Quat<double>& rotation) {
+    const Vector3 axis = {rotation[0], rotation[1], rotation[2]};
+    const double sine = length(axis);
+    if (!(std::hypot(sine, rotation[3]) > 0)) {
+        TESSARIN_LOG(logCategory(), logging::Logger::errorLevel,
+                     "body '" << name << "' can't be turned by a quaternion of nothing, it stays");
+        return;
+    }
+    setPose({axisRotation(axis, 2 * std::atan2(sine, rotation[3])), getPose().translation});
+}
+
+bool BulletBody::isActive() {
+    if (isPoseUnread) {
+        return true;
+    }
+    if (body.isStaticObject()) {
+        return false;
+    }
+    return body.isActive() || (lastMovedStep > 0 && core->getStepCount() - lastMovedStep < stepsAfterSleep);
+}
+
+void BulletBody::prepareMove() { core->wakeAround(body); }
+
+void BulletBody::onStepped() {
+    if (isFinite(body.getWorldTransform()) && bullet::isFinite(fromBullet(body.getLinearVelocity())) &&
+        bullet::isFinite(fromBullet(body.getAngularVelocity()))) {
+        lastPlace = body.getWorldTransform();
+        lastMovedStep = core->getStepCount();
+        return;
+    }
+    TESSARIN_LOG(logCategory(), logging::Logger::errorLevel,
+                 "body '" << name << "' has left the range of numbers, it is stopped where it was last");
+    body.setLinearVelocity(btVector3(0, 0, 0));
+    body.setAngularVelocity(btVector3(0, 0, 0));
+    body.setWorldTransform(lastPlace);
+    body.setInterpolationWorldTransform(lastPlace);
+    body.setInterpolationLinearVelocity(btVector3(0, 0, 0));
+    body.setInterpolationAngularVelocity(btVector3(0, 0, 0));
+    core->updatePlace(body);
+}
+
+} // namespace tessarin::dynamics::bullet

@@ -1,0 +1,115 @@
+#include <dynamics/bullet/BulletDynamicsWorld.h>
+
+#include <dynamics/DynamicsBodyFunctor.h>
+#include <dynamics/bullet/BodyShapeBuilder.h>
+#include <dynamics/bullet/BulletBody.h>
+#include <dynamics/bullet/ColladaDocument.h>
+#include <dynamics/bullet/ColladaPhysicsReader.h>
+#include <dynamics/bullet/DynamicsLog.h>
+#include <dynamics/bullet/WorldCore.h>
+
+#include <cassert>
+#include <cmath>
+#include <exception>
+#include <utility>
+#include <vector>
+
+namespace tessarin::dynamics::bullet {
+
+namespace {
+
+using logging::Logger;
+using Bodies = std::vector<std::unique_ptr<BulletBody>>;
+
+gmtl::Vec<float, 3> toVelocity(const Vector3& a) {
+    return {static_cast<float>(a[0]), static_cast<float>(a[1]), static_cast<float>(a[2])};
+}
+
+/// Null, which has been reported, if the description gives no shape.
+std::unique_ptr<BulletBody> makeBody(const collada::BodyInstance& instance, const Affine& placement,
+                                     const std::shared_ptr<WorldCore>& core, const Report& report) {
+    const Affine nodeToWorld = placement * instance.nodeToWorld;
+    if (!isFinite(nodeToWorld)) {
+        report(Logger::errorLevel, "its place in the world is out of range, the body is left out");
+        return nullptr;
+    }
+    const PolarParts parts = polarPartsOf(nodeToWorld.linear);
+    BodyShape shape = buildBodyShape(instance.body, parts.stretch, report);
+    if (!shape.whole()) {
+        report(Logger::errorLevel, "has no shape that can be used, the body is left out");
+        return nullptr;
+    }
+    auto body = std::make_unique<BulletBody>(core, instance.name, std::move(shape),
+                                             Affine{parts.rotation, nodeToWorld.translation});
+    const Matrix3 turn = polarPartsOf(placement.linear).rotation;
+    body->setLinearVelocity(toVelocity(turn * instance.velocity));
+    body->setAngularVelocity(toVelocity(turn * instance.angularVelocity));
+    return body;
+}
+
+Bodies makeBodies(const std::string& filePath, const Affine& placement, const std::shared_ptr<WorldCore>& core) {
+    Bodies bodies;
+    collada::Document document(filePath);
+    const collada::Element* root = document.load();
+    if (!root) {
+        return bodies;
+    }
+    const collada::Physics physics = collada::PhysicsReader(document, *root).read();
+    if (physics.gravity) {
+        core->setGravity(*physics.gravity);
+    }
+    for (const collada::BodyInstance& instance : physics.bodies) {
+        const Report report = [&](int level, const std::string& text) {
+            TESSARIN_LOG(logCategory(), level, filePath << ": " << instance.label << ": " << text);
+        };
+        if (std::unique_ptr<BulletBody> body = makeBody(instance, placement, core, report)) {
+            bodies.push_back(std::move(body));
+        }
+    }
+    return bodies;
+}
+
+} // namespace
+
+BulletDynamicsWorld::BulletDynamicsWorld() : core(std::make_shared<WorldCore>()) {}
+
+BulletDynamicsWorld::~BulletDynamicsWorld() = default;
+
+void BulletDynamicsWorld::loadScene(const std::string& filePath, const gmtl::Matrix<double, 4, 4>& placement,
+                                    DynamicsBodyFunctor& functor) {
+    Bodies bodies;
+    try {
+        bodies = makeBodies(filePath, fromGmtl(placement), core);
+    } catch (const std::exception& problem) {
+        TESSARIN_LOG(logCategory(), Logger::errorLevel, "no physics read from '" << filePath << "': " << problem.what());
+    }
+    for (std::unique_ptr<BulletBody>& body : bodies) {
+        functor.visitBody(body.release());
+    }
+}
+
+int BulletDynamicsWorld::step(double seconds) { return core->step(seconds); }
+
+double BulletDynamicsWorld::getFixedStep() const { return core->getFixedStep(); }
+
+void BulletDynamicsWorld::setFixedStep(double seconds) {
+    const bool isStep = seconds >= 1e-6 && std::isfinite(seconds);
+    assert(isStep && "a fixed step takes at least a microsecond");
+    if (isStep) {
+        core->setFixedStep(seconds);
+    }
+}
+
+gmtl::Vec<double, 3> BulletDynamicsWorld::getGravity() const {
+    const Vector3 gravity = core->getGravity();
+    return {gravity[0], gravity[1], gravity[2]};
+}
+
+void BulletDynamicsWorld::setGravity(const gmtl::Vec<double, 3>& gravity) {
+    const Vector3 acceleration = {gravity[0], gravity[1], gravity[2]};
+    if (isFinite(acceleration)) {
+        core->setGravity(acceleration);
+    }
+}
+
+} // namespace tessarin::dynamics::bullet

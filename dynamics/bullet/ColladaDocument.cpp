@@ -1,0 +1,111 @@
+#include <dynamics/bullet/ColladaDocument.h>
+
+#include <dynamics/bullet/ColladaNumbers.h>
+#include <dynamics/bullet/DynamicsLog.h>
+
+#include <utility>
+
+namespace tessarin::dynamics::bullet::collada {
+
+Document::Document(std::string filePath) : path(std::move(filePath)) {
+    reader.setPruneEmptyTags(false);
+    reader.setCreateAttributesFromPrimitiveChildren(false);
+}
+
+const Element* Document::load() {
+    if (reader.parse(path, false) != xml_parser::AbstractXMLReader::SUCCESS || !reader.getRoot()) {
+        TESSARIN_LOG(logCategory(), logging::Logger::errorLevel,
+                     "no physics read from '" << path << "': " << reader.getErrorMessage());
+        return nullptr;
+    }
+    const Element* root = reader.getRoot();
+    if (localTag(*root) != "COLLADA") {
+        complain(*root, "is no COLLADA document, no physics read");
+        return nullptr;
+    }
+    indexIds();
+    return root;
+}
+
+void Document::indexIds() {
+    std::vector<const Element*> open = {reader.getRoot()};
+    while (!open.empty()) {
+        const Element* element = open.back();
+        open.pop_back();
+        const auto id = element->attributes.find("id");
+        if (id != element->attributes.end()) {
+            elementsById.emplace(id->second, element);
+        }
+        // Reversed, so that elements come in document order and the first of two with one id wins.
+        for (int i = element->getNumChildren() - 1; i >= 0; --i) {
+            open.push_back(element->getChild(i));
+        }
+    }
+}
+
+const Element* Document::find(std::string_view reference, std::string_view tag) const {
+    std::string_view id = trimmed(reference);
+    if (!id.empty() && id[0] == '#') {
+        id.remove_prefix(1);
+    }
+    const auto found = elementsById.find(std::string(id));
+    if (found == elementsById.end() || (!tag.empty() && localTag(*found->second) != tag)) {
+        return nullptr;
+    }
+    return found->second;
+}
+
+void Document::complain(const Element& element, const std::string& reason) const {
+    TESSARIN_LOG(logCategory(), logging::Logger::errorLevel, path << ": " << describe(element) << ": " << reason);
+}
+
+std::string_view localTag(const Element& element) {
+    const std::string_view tag = element.tag;
+    const std::size_t colon = tag.rfind(':');
+    return colon == std::string_view::npos ? tag : tag.substr(colon + 1);
+}
+
+const Element* childOf(const Element* element, std::string_view tag) {
+    const int count = element ? element->getNumChildren() : 0;
+    for (int i = 0; i < count; ++i) {
+        if (localTag(*element->getChild(i)) == tag) {
+            return element->getChild(i);
+        }
+    }
+    return nullptr;
+}
+
+std::vector<const Element*> childrenOf(const Element* element, std::string_view tag) {
+    std::vector<const Element*> result;
+    const int count = element ? element->getNumChildren() : 0;
+    for (int i = 0; i < count; ++i) {
+        if (tag.empty() || localTag(*element->getChild(i)) == tag) {
+            result.push_back(element->getChild(i));
+        }
+    }
+    return result;
+}
+
+std::vector<const Element*> childrenOf(const Element* element) { return childrenOf(element, {}); }
+
+std::string describe(const Element& element) {
+    std::string text = "<" + element.tag;
+    for (const char* attribute : {"url", "target", "body", "id", "sid", "name"}) {
+        const auto found = element.attributes.find(attribute);
+        if (found != element.attributes.end()) {
+            text += " " + found->first + "=\"" + found->second + "\"";
+            break;
+        }
+    }
+    return text + ">";
+}
+
+std::optional<double> numberIn(const Element* element) {
+    std::array<double, 1> number{};
+    if (!element || !readNumbers(element->text, number)) {
+        return std::nullopt;
+    }
+    return number[0];
+}
+
+} // namespace tessarin::dynamics::bullet::collada

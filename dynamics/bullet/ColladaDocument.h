@@ -1,0 +1,59 @@
+#pragma once
+
+#include <xml_parser/XMLNode.h>
+#include <xml_parser/XMLNodeCreator.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace tessarin::dynamics::bullet::collada {
+
+using Element = xml_parser::XMLNode;
+
+/// A COLLADA file as a tree of elements that can be found by their ids, and the place where complaints about it go.
+///
+/// Tags are compared without a namespace prefix. References lead to elements of the same file only.
+class Document {
+public:
+    explicit Document(std::string filePath);
+
+    /// Null, with one message, if the file can't be read or isn't COLLADA.
+    const Element* load();
+
+    /// What an url or a target like "#id" leads to; the sign may be missing. Null if there is no such element, or if it
+    /// has another tag than the one asked for. An empty tag fits all.
+    const Element* find(std::string_view reference, std::string_view tag = {}) const;
+
+    /// One message at level 300: the file, the element by its tag and what names it, and the reason.
+    void complain(const Element& element, const std::string& reason) const;
+
+    const std::string& getPath() const { return path; }
+
+private:
+    void indexIds();
+
+    std::string path;
+    xml_parser::XMLNodeCreator reader;
+    std::unordered_map<std::string, const Element*> elementsById;
+};
+
+std::string_view localTag(const Element& element);
+
+/// The first child with that tag, or null. A null element has no children.
+const Element* childOf(const Element* element, std::string_view tag);
+
+std::vector<const Element*> childrenOf(const Element* element, std::string_view tag);
+
+/// All children, in document order.
+std::vector<const Element*> childrenOf(const Element* element);
+
+/// The element's tag with the first of its attributes url, target, body, id, sid and name that it has.
+std::string describe(const Element& element);
+
+/// Of an element with one finite number in it.
+std::optional<double> numberIn(const Element* element);
+
+} // namespace tessarin::dynamics::bullet::collada

@@ -1,0 +1,167 @@
+#include <dynamics/bullet/ColladaNodes.h>
+
+#include <dynamics/bullet/ColladaNumbers.h>
+
+#include <cmath>
+#include <utility>
+#include <vector>
+
+namespace tessarin::dynamics::bullet::collada {
+
+namespace {
+
+constexpr double radiansPerDegree = 3.14159265358979323846 / 180;
+
+/// The matrix of a view, as the plugin takes it, and not the place of the eye.
+Affine lookAt(const std::array<double, 9>& n) {
+    const Vector3 eye = {n[0], n[1], n[2]};
+    const Vector3 forward = normalized(Vector3{n[3], n[4], n[5]} - eye);
+    const Vector3 side = normalized(cross(forward, {n[6], n[7], n[8]}));
+    const Matrix3 view = {side, cross(side, forward), forward * -1};
+    return {view, view * eye * -1};
+}
+
+Affine skew(const std::array<double, 7>& n) {
+    const Vector3 around = normalized({n[1], n[2], n[3]});
+    const Vector3 along = normalized({n[4], n[5], n[6]});
+    const Vector3 normal = normalized(cross(along, around));
+    return {identityMatrix3 + outerProduct(along, normal) * std::sin(n[0] * radiansPerDegree), {0, 0, 0}};
+}
+
+/// False if the numbers are not what the element needs; other elements leave the placement as it is.
+bool readTransform(const Element& element, Affine& placement) {
+    const std::string_view tag = localTag(element);
+    if (tag == "translate" || tag == "scale") {
+        std::array<double, 3> n{};
+        if (!readNumbers(element.text, n)) {
+            return false;
+        }
+        placement = tag == "scale" ? Affine{diagonal(n), {0, 0, 0}} : Affine{identityMatrix3, n};
+    } else if (tag == "rotate") {
+        std::array<double, 4> n{};
+        if (!readNumbers(element.text, n)) {
+            return false;
+        }
+        placement = {axisRotation({n[0], n[1], n[2]}, n[3] * radiansPerDegree), {0, 0, 0}};
+    } else if (tag == "matrix") {
+        std::array<double, 16> n{};
+        if (!readNumbers(element.text, n)) {
+            return false;
+        }
+        placement = {{{{n[0], n[1], n[2]}, {n[4], n[5], n[6]}, {n[8], n[9], n[10]}}}, {n[3], n[7], n[11]}};
+    } else if (tag == "lookat") {
+        std::array<double, 9> n{};
+        if (!readNumbers(element.text, n)) {
+            return false;
+        }
+        placement = lookAt(n);
+    } else if (tag == "skew") {
+        std::array<double, 7> n{};
+        if (!readNumbers(element.text, n)) {
+            return false;
+        }
+        placement = skew(n);
+    }
+    return true;
+}
+
+} // namespace
+
+Affine placementOf(const Document& document, const Element& element) {
+    Affine result;
+    for (const Element* child : childrenOf(&element)) {
+        Affine step;
+        if (!readTransform(*child, step)) {
+            document.complain(element, "<" + child->tag + "> hasn't the numbers it needs and is left out");
+            continue;
+        }
+        result = result * step;
+    }
+    return result;
+}
+
+Matrix3 upAxisTurn(const Element& root) {
+    const Element* upAxis = childOf(childOf(&root, "asset"), "up_axis");
+    const std::string_view axis = upAxis ? trimmed(upAxis->text) : std::string_view();
+    // Written out instead of computed: a turn by 90 degrees has no rounding.
+    if (axis == "Z_UP") {
+        return identityMatrix3;
+    }
+    if (axis == "X_UP") {
+        return {{{0, 0, 1}, {0, 1, 0}, {-1, 0, 0}}};
+    }
+    return {{{1, 0, 0}, {0, 0, -1}, {0, 1, 0}}};
+}
+
+Nodes::Nodes(const Document& file, const Element& root) : document(file) {
+    const Affine turn = {upAxisTurn(root), {0, 0, 0}};
+    for (const Element* instance : childrenOf(childOf(&root, "scene"), "instance_visual_scene")) {
+        visitAll(document.find(instance->getAttributeValue("url"), "visual_scene"), turn);
+    }
+    for (const Element* library : childrenOf(&root, "library_visual_scenes")) {
+        for (const Element* scene : childrenOf(library, "visual_scene")) {
+            visitAll(scene, turn);
+        }
+    }
+    for (const Element* library : childrenOf(&root, "library_nodes")) {
+        visitAll(library, turn);
+    }
+}
+
+void Nodes::visitAll(const Element* root, const Affine& toWorld) {
+    for (const Element* node : childrenOf(root, "node")) {
+        visit(*node, toWorld);
+    }
+}
+
+void Nodes::visit(const Element& first, const Affine& firstParentToWorld) {
+    // A node that has a place already isn't entered again: that keeps nodes that instance each other from going round.
+    std::vector<std::pair<const Element*, Affine>> open = {{&first, firstParentToWorld}};
+    while (!open.empty()) {
+        const auto [node, parentToWorld] = open.back();
+        open.pop_back();
+        const auto [place, isNew] = places.emplace(node, Affine());
+        if (!isNew) {
+            continue;
+        }
+        const Affine toWorld = parentToWorld * placementOf(document, *node);
+        place->second = toWorld;
+        for (const char* attribute : {"name", "sid"}) {
+            const std::string name = node->getAttributeValue(attribute);
+            if (!name.empty()) {
+                nodesByName.emplace(name, node);
+            }
+        }
+        std::vector<const Element*> below = childrenOf(node, "node");
+        for (const Element* instance : childrenOf(node, "instance_node")) {
+            if (const Element* instanced = document.find(instance->getAttributeValue("url"), "node")) {
+                below.push_back(instanced);
+            }
+        }
+        for (auto child = below.rbegin(); child != below.rend(); ++child) {
+            open.emplace_back(*child, toWorld);
+        }
+    }
+}
+
+const Element* Nodes::find(const std::string& target) const {
+    const Element* byId = document.find(target, "node");
+    if (byId) {
+        return byId;
+    }
+    const std::string_view name = trimmed(target);
+    const auto byName = nodesByName.find(std::string(name.substr(!name.empty() && name[0] == '#' ? 1 : 0)));
+    return byName == nodesByName.end() ? nullptr : byName->second;
+}
+
+Affine Nodes::nodeToWorld(const Element& node) const {
+    const auto place = places.find(&node);
+    return place == places.end() ? Affine() : place->second;
+}
+
+std::string Nodes::nameOf(const Element& node) {
+    const std::string name = node.getAttributeValue("name");
+    return name.empty() ? node.getAttributeValue("id") : name;
+}
+
+} // namespace tessarin::dynamics::bullet::collada

@@ -1,0 +1,151 @@
+#include <dynamics/bullet/SolidPiece.h>
+
+#include <logging/Logger.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace tessarin::dynamics::bullet {
+
+namespace {
+
+using logging::Logger;
+
+/// What single precision can hold of a body, its inertia included.
+bool isUsableSize(double size) { return size > 1e-7 && size < 1e9; }
+
+class PieceMaker {
+public:
+    PieceMaker(const Affine& mapToBody, bool bodyIsDynamic, const Report& reporter)
+        : map(mapToBody), dynamic(bodyIsDynamic), report(reporter) {}
+
+    std::optional<SolidPiece> operator()(const collada::Box& box) const {
+        return makeAnalytic(box, boxMass(box.halfExtents), map, false);
+    }
+
+    std::optional<SolidPiece> operator()(const collada::Sphere& sphere) const {
+        return makeAnalytic(sphere, sphereMass(sphere.radius), map, true);
+    }
+
+    std::optional<SolidPiece> operator()(const collada::Cylinder& cylinder) const {
+        const double radius = cylinder.radius[0];
+        return makeAnalytic(collada::Cylinder{{radius, radius}, cylinder.height}, cylinderMass(radius, cylinder.height),
+                            roundedMap(cylinder.radius), true);
+    }
+
+    std::optional<SolidPiece> operator()(const collada::Capsule& capsule) const {
+        const double radius = capsule.radius[0];
+        return makeAnalytic(collada::Capsule{{radius, radius}, capsule.height}, capsuleMass(radius, capsule.height),
+                            roundedMap(capsule.radius), true);
+    }
+
+    std::optional<SolidPiece> operator()(const collada::Plane& plane) const {
+        if (dynamic) {
+            report(Logger::errorLevel, "a <plane> can't move, the shape is left out");
+            return std::nullopt;
+        }
+        // Normals go by the inverse transposed map, which the cofactors are but for a factor.
+        const Matrix3& m = map.linear;
+        const Matrix3 cofactors = {cross(m[1], m[2]), cross(m[2], m[0]), cross(m[0], m[1])};
+        const Vector3 normal = normalized(cofactors * plane.normal) * (determinant(m) < 0 ? -1 : 1);
+        const Vector3 point = transformPoint(map, plane.normal * -plane.offset);
+        if (!(length(normal) > 0.5) || !isFinite(point)) {
+            report(Logger::errorLevel, "the scale leaves nothing of a <plane>, the shape is left out");
+            return std::nullopt;
+        }
+        return SolidPiece{collada::Plane{normal, -dot(normal, point)}, {}, 0, false};
+    }
+
+    std::optional<SolidPiece> operator()(const collada::MeshShape& shape) const {
+        collada::Mesh mesh = *shape.mesh;
+        for (Vector3& vertex : mesh.vertices) {
+            vertex = transformPoint(map, vertex);
+        }
+        if (!dynamic && !shape.convex && !mesh.triangles.empty()) {
+            return SolidPiece{std::move(mesh), {}, 0, false};
+        }
+        ConvexHull hull(mesh.vertices);
+        if (!isUsableSize(hull.getLargestHalfExtent())) {
+            report(Logger::errorLevel, "a mesh is too small or too large for a body, the shape is left out");
+            return std::nullopt;
+        }
+        if (hull.isFlat()) {
+            report(Logger::errorLevel, "the hull of a mesh is flat, it is taken for a thin plate");
+        }
+        if (dynamic && !shape.convex && isConcave(mesh, hull)) {
+            report(Logger::infoLevel, "a concave mesh can't move as it is, its convex hull is taken");
+        }
+        const MassDistribution mass = hull.getMass();
+        const double size = std::max(hull.getSmallestHalfExtent(), 1e-3 * hull.getLargestHalfExtent());
+        // A hull of that many corners is a tessellated round thing.
+        const bool isRound = hull.getCornerCount() > 16;
+        return SolidPiece{std::move(hull), mass, size, isRound};
+    }
+
+private:
+    /// With two radii, the round shape of the first one is stretched along Z.
+    Affine roundedMap(const std::array<double, 2>& radius) const {
+        return {map.linear * diagonal({1, 1, radius[1] / radius[0]}), map.translation};
+    }
+
+    std::optional<SolidPiece> makeAnalytic(const StretchedShape::Primitive& primitive, const MassDistribution& mass,
+                                           const Affine& mapOfPrimitive, bool isRound) const {
+        const PolarParts parts = polarPartsOf(mapOfPrimitive.linear);
+        const Vector3 stretches = eigenOf(parts.stretch).values;
+        const Vector3 half = StretchedShape(primitive, parts.stretch).getHalfExtents();
+        const double smallest = *std::min_element(half.begin(), half.end());
+        const double flattest = std::abs(
+            *std::min_element(stretches.begin(), stretches.end(), [](double a, double b) { return std::abs(a) < std::abs(b); }));
+        if (!isUsableSize(smallest) || !isUsableSize(*std::max_element(half.begin(), half.end())) ||
+            !(flattest > 1e-7)) {
+            report(Logger::errorLevel, "with the scale of its node a shape is too small or too large, it is left out");
+            return std::nullopt;
+        }
+        return SolidPiece{SolidPiece::Analytic{primitive, {parts.rotation, mapOfPrimitive.translation}, parts.stretch},
+                          transformed(mass, mapOfPrimitive), smallest, isRound};
+    }
+
+    /// A closed mesh that fills its hull is convex already.
+    static bool isConcave(const collada::Mesh& mesh, const ConvexHull& hull) {
+        SurfaceMass surface;
+        for (const auto& triangle : mesh.triangles) {
+            // From a place within, which keeps small solids far out from drowning in rounding.
+            const Vector3& centre = hull.getMass().centre;
+            surface.addTriangle(mesh.vertices[triangle[0]] - centre, mesh.vertices[triangle[1]] - centre,
+                                mesh.vertices[triangle[2]] - centre);
+        }
+        return std::abs(surface.get().mass) < 0.98 * hull.getMass().mass;
+    }
+
+    Affine map;
+    bool dynamic;
+    const Report& report;
+};
+
+} // namespace
+
+std::optional<SolidPiece> makeSolidPiece(const collada::Shape& shape, const Matrix3& scale, bool dynamic,
+                                         const Report& report) {
+    const Affine map = Affine{scale, {0, 0, 0}} * shape.placement;
+    if (!isFinite(map)) {
+        report(Logger::errorLevel, "the placement of a shape is out of range, it is left out");
+        return std::nullopt;
+    }
+    std::optional<SolidPiece> piece = std::visit(PieceMaker(map, dynamic, report), shape.geometry);
+    if (!piece || !dynamic) {
+        return piece;
+    }
+    if (shape.mass && *shape.mass > 0) {
+        piece->mass = withMass(piece->mass, *shape.mass);
+    } else if (shape.mass) {
+        report(Logger::errorLevel, "the mass of a shape isn't above zero, its volume is taken instead");
+    } else if (shape.density && *shape.density > 0) {
+        piece->mass = withMass(piece->mass, piece->mass.mass * *shape.density);
+    } else if (shape.density) {
+        report(Logger::errorLevel, "the density of a shape isn't above zero, 1 is taken instead");
+    }
+    return piece;
+}
+
+} // namespace tessarin::dynamics::bullet

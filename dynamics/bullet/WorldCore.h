@@ -1,0 +1,64 @@
+#pragma once
+
+#include <dynamics/bullet/Affine.h>
+
+#include <btBulletDynamicsCommon.h>
+
+#include <cstdint>
+
+namespace tessarin::dynamics::bullet {
+
+/// The engine behind a world. The world and each of its bodies hold it, so it goes with the last of them and nobody ever
+/// meets an engine that is gone.
+class WorldCore {
+public:
+    WorldCore();
+    ~WorldCore();
+
+    WorldCore(const WorldCore&) = delete;
+    WorldCore& operator=(const WorldCore&) = delete;
+
+    /// As BulletDynamicsWorld::step.
+    int step(double seconds);
+
+    double getFixedStep() const { return fixedStep; }
+    void setFixedStep(double seconds) { fixedStep = seconds; }
+
+    Vector3 getGravity() const { return gravity; }
+
+    /// Wakes all bodies, since none rests any longer as it did.
+    void setGravity(const Vector3& acceleration);
+
+    /// The body's user pointer must be its BulletBody.
+    void add(btRigidBody& body);
+
+    /// Wakes what is near.
+    void remove(btRigidBody& body);
+
+    /// Wakes the bodies whose bounds meet those that the body had when it was last seen, itself included.
+    void wakeAround(btRigidBody& body);
+
+    /// To be called after a body was put somewhere: from here on it is seen there. Wakes what is near.
+    void updatePlace(btRigidBody& body);
+
+    /// How many fixed steps have been run.
+    std::uint64_t getStepCount() const { return stepCount; }
+
+private:
+    void runFixedStep();
+    void watchBodies();
+    void setThresholds(btRigidBody& body) const;
+
+    btDefaultCollisionConfiguration configuration;
+    btCollisionDispatcher dispatcher;
+    btDbvtBroadphase broadphase;
+    btSequentialImpulseConstraintSolver solver;
+    btDiscreteDynamicsWorld world;
+
+    Vector3 gravity = {0, 0, 0};
+    double fixedStep = 1.0 / 60;
+    double timeLeft = 0;
+    std::uint64_t stepCount = 0;
+};
+
+} // namespace tessarin::dynamics::bullet
