@@ -4,6 +4,12 @@
 
 #include <type_traits>
 
+// g++ 12 doesn't see that the destructor of a walk takes the walk's address out again.
+#if defined(__GNUC__) && !defined(__clang__)
+#    pragma GCC diagnostic push
+#    pragma GCC diagnostic ignored "-Wdangling-pointer"
+#endif
+
 namespace tessarin::agent {
 
 /// A walk over an agent's children or components that survives whatever the visited ones do: entries that leave the
@@ -92,6 +98,14 @@ struct AgentNode::Walk {
     bool onNext = false; ///< the visited entry has left, and current is already the one behind it
     Walk* outer;
 };
+
+} // namespace tessarin::agent
+
+#if defined(__GNUC__) && !defined(__clang__)
+#    pragma GCC diagnostic pop
+#endif
+
+namespace tessarin::agent {
 
 /// Something that the library does on an agent and that calls the host meanwhile. While it lasts, no sweep of another
 /// event deletes the agent; if the host does, isOver() tells.
