@@ -327,14 +327,14 @@ private:
     AgentNodeHandle parent;
     std::list<AgentNode*> children;
     bool markedForRemoval = false;
-    gmtl::Vec<float, 3> velocity;
 
-    // A bit for each event whose signal may have a slot: a pass over agents that don't listen looks no further. The
-    // signals of a copy and its source are the same, so neither can know.
-    mutable std::uint16_t connectedEvents = 0;
-    bool isView = false;
+    // A pass over agents that don't listen reads just these: they stand beside the children, in the same cache line.
     bool ownsTransform = true;
+    // A bit for each event whose signal may have a slot. The signals of a copy and its source are the same, so neither
+    // can know, and all bits are set.
+    mutable std::uint16_t connectedEvents = 0;
 
+    gmtl::Vec<float, 3> velocity;
     ChildWalk* childWalks = nullptr;         // the walks over children that are under way, the innermost first
     ComponentWalk* componentWalks = nullptr; // the same for components
     AgentNodeHandle* watchers = nullptr;     // the chain of handles that watch this agent

@@ -180,6 +180,9 @@ void AgentNode::dispatchEvent(AgentEvent::_AgentEventEnum event) {
     if (listens)
         eventSignals[event].emit();
     for (walk.begin(); AgentNode* child = walk.get(); walk.advance()) {
+        // Large trees are bound by memory: the next child comes in while this one's branch is visited.
+        if (const auto next = std::next(walk.current); next != children.end())
+            __builtin_prefetch(&(*next)->children);
         child->dispatchEvent(event);
         if (walk.isOnVisited() && child->markedForRemoval)
             sweep = true;
