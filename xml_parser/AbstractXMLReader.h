@@ -19,10 +19,10 @@ class ExpatParser;
 /// out. White space written as character references or in a CDATA section is always text, and so is that of an element
 /// without child elements.
 ///
-/// A document that is nested too deep or that declares entities is refused, and no document type declaration is
-/// followed or has an effect, so a document is never larger than its text. A failure is logged as one line at level 300
-/// in the category "xml" and can be asked for afterwards. Nothing is thrown by parse(), whatever the stream's exception
-/// mask says and whatever a derived class throws.
+/// A document that is nested too deep or that declares entities is refused, and of a document type declaration nothing
+/// is fetched and no default value is taken, so a tree is never larger than the document's text. A failure is logged as
+/// one line at level 300 in the category "xml" and can be asked for afterwards. Nothing is thrown by parse(), whatever
+/// the stream's exception mask says and whatever a derived class throws.
 class TESSARIN_XML_PARSER_EXPORT AbstractXMLReader {
 public:
     using Attributes = std::map<std::string, std::string>;

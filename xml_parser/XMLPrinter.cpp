@@ -19,7 +19,7 @@ log4cpp::Category* const category = Logger::instance()->getCategory("xml", true)
 constexpr std::size_t pieceSize = 1 << 16;
 
 // Deeper elements are indented no further, or a deep branch would print as mostly blanks.
-constexpr int maxIndent = 64;
+constexpr int maxIndent = 24;
 
 } // namespace
 
