@@ -45,7 +45,8 @@ constexpr Hook eventHooks[AgentEvent::COUNT] = {
 };
 
 bool isEvent(AgentEvent::_AgentEventEnum event) {
-    return event >= 0 && event < AgentEvent::COUNT;
+    const int value = event;
+    return value >= 0 && value < AgentEvent::COUNT;
 }
 
 } // namespace

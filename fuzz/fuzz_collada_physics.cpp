@@ -22,7 +22,7 @@ using namespace tessarin::dynamics;
 
 namespace {
 
-struct Keeper : DynamicsBodyFunctor {
+struct Keeper final : DynamicsBodyFunctor {
     void visitJoint(DynamicsJoint* joint) override { joints.emplace_back(joint); }
     void visitBody(DynamicsBody* body) override { bodies.emplace_back(body); }
 
