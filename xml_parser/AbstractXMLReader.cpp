@@ -111,7 +111,6 @@ int AbstractXMLReader::parseSource(const Source& source, const std::string& name
 }
 
 int AbstractXMLReader::readDocument(const Source& source, const std::string& name) {
-    _errorReason.clear();
     _errorLine = 0;
     _errorColumn = 0;
     _errorSource = name;

@@ -12,7 +12,8 @@ namespace tessarin::tests {
 /// A host's appender: keeps the messages that reach a category while it lives.
 class RecordingAppender : public log4cpp::AppenderSkeleton {
 public:
-    explicit RecordingAppender(log4cpp::Category& category) : AppenderSkeleton("recording"), _category(category) {
+    explicit RecordingAppender(const std::string& category)
+        : AppenderSkeleton("recording"), _category(log4cpp::Category::getInstance(category)) {
         _category.addAppender(*this);
     }
     ~RecordingAppender() override { _category.removeAppender(this); }

@@ -18,10 +18,6 @@ namespace {
 using testing::ElementsAre;
 using tests::RecordingAppender;
 
-log4cpp::Category& xmlCategory() {
-    return log4cpp::Category::getInstance("xml");
-}
-
 struct PlainReader : XMLNodeCreator {
     PlainReader() {
         setPruneEmptyTags(false);
@@ -106,7 +102,7 @@ TEST(XMLReader, RefusesTheWholeDocumentWithOneLine) {
         {nested(1001), refused, "line 1, column 3001: elements are nested deeper than 1000"},
     };
     for (const Refusal& refusal : refusals) {
-        RecordingAppender log(xmlCategory());
+        RecordingAppender log("xml");
         PlainReader reader;
         ASSERT_EQ(reader.parse("<before/>", true), AbstractXMLReader::SUCCESS);
         EXPECT_EQ(reader.parse(refusal.document, true), refusal.result) << refusal.document;
@@ -159,7 +155,7 @@ TEST(XMLReader, SimplifiesUnlessToldNotTo) {
 TEST(XMLReader, ReadsFilesAndNamesThemInMessages) {
     const std::string path = testing::TempDir() + "tessarin_reader_test.xml";
     std::ofstream(path) << "<a>\n</b>";
-    RecordingAppender log(xmlCategory());
+    RecordingAppender log("xml");
     PlainReader reader;
     EXPECT_EQ(reader.parse(path, false), AbstractXMLReader::MALFORMED);
     EXPECT_EQ(reader.getErrorReason(), "mismatched tag");
@@ -202,7 +198,7 @@ struct EndlessBuffer : std::streambuf {
 };
 
 TEST(XMLReader, ReadsStreamsInPiecesAndLetsNoExceptionOut) {
-    RecordingAppender log(xmlCategory());
+    RecordingAppender log("xml");
     PlainReader reader;
     EndlessBuffer endless("<a></b>");
     std::istream malformed(&endless);
@@ -252,17 +248,18 @@ struct ThrowingReader : AbstractXMLReader {
 };
 
 TEST(XMLReader, TurnsExceptionsOfHooksIntoItsResult) {
-    const RecordingAppender log(xmlCategory());
+    const RecordingAppender log("xml");
     for (int hook = 1; hook <= 7; ++hook) {
         ThrowingReader reader;
         reader.countdown = hook;
-        EXPECT_EQ(reader.parse("<a><b>t</b></a>", true), AbstractXMLReader::ABORTED) << hook;
+        EXPECT_EQ(reader.parse("<a>t<b/></a>", true), AbstractXMLReader::ABORTED) << hook;
         EXPECT_EQ(reader.ends, 1);
+        EXPECT_EQ(reader.countdown, hook == 7 ? 0 : -1) << "after a throw nothing is called but the end";
         EXPECT_EQ(reader.hasSucceeded, hook == 7);
         EXPECT_FALSE(reader.getErrorReason().empty());
     }
     ThrowingReader reader;
-    EXPECT_EQ(reader.parse("<a><b>t</b></a>", true), AbstractXMLReader::SUCCESS);
+    EXPECT_EQ(reader.parse("<a>t<b/></a>", true), AbstractXMLReader::SUCCESS);
     EXPECT_EQ(log.messages.size(), 7U);
 }
 
