@@ -4,9 +4,8 @@ namespace tessarin::agent {
 
 /// The agent events. Each value names one hook of Component and one signal of AgentNode.
 ///
-/// A host sends the first six once per frame, in the order of their values, with AgentNode::sendEvent on its root
-/// agent: the two tick events around each fixed step of the physics, the other four once. The rest is sent by the
-/// library.
+/// A host sends the first six with AgentNode::sendEvent on its root agent, in the order of their values: the two tick
+/// events around each fixed step of the physics, the other four once a frame. The rest is sent by the library.
 struct AgentEvent {
     enum _AgentEventEnum {
         PRE_PHYSICS_UPDATE = 0,  ///< Component::prePhysicsUpdate: before the frame's physics steps

@@ -32,6 +32,8 @@ AgentNode& AgentNode::operator=(const AgentNode& other) {
     if (this == &other)
         return *this;
     releaseAll();
+    if (ownsTransform && osgTransform)
+        removeFromParents(*osgTransform);
     SimObject::operator=(other);
     viewListsOf(other);
     return *this;
@@ -72,7 +74,7 @@ void AgentNode::releaseAll() {
     while (!children.empty()) {
         AgentNode* const child = children.front();
         if (child->listing.isSharedWith(this))
-            unlistChild(child);
+            unlistChild(child, false);
         else
             removeChild(child);
     }
@@ -85,13 +87,12 @@ AgentNode::~AgentNode() {
     ChildWalk::ending(*this);
     ComponentWalk::ending(*this);
     for (AgentNode* const agent : listing.getAgents())
-        agent->unlistChild(this);
+        agent->unlistChild(this, true);
 
     ComponentWalk walk(*this);
     for (walk.begin(); Component* component = walk.get(); walk.advance()) {
-        osg::Node* const node = component->listing.isSharedWith(this) ? nullptr : component->getOsgNode();
-        if (node && osgTransform)
-            removeFromGroup(*osgTransform, *node);
+        if (!component->listing.isSharedWith(this))
+            removeOsgNode(component->getOsgNode(), 1);
     }
     if (ownsTransform && osgTransform)
         removeFromParents(*osgTransform);
@@ -110,10 +111,10 @@ void AgentNode::destroyComponents() {
             continue;
         component->disconnectAll();
         for (AgentNode* const agent : component->listing.getAgents()) {
-            osg::Node* const node = component->getOsgNode();
-            if (node && agent->osgTransform && !component->listing.isSharedWith(agent))
-                removeFromGroup(*agent->osgTransform, *node);
-            agent->unlistComponent(component);
+            const bool owned = !component->listing.isSharedWith(agent);
+            const int entries = agent->unlistComponent(component);
+            if (owned)
+                agent->removeOsgNode(component->getOsgNode(), entries);
         }
         deleteComponent(component);
     }
@@ -126,8 +127,7 @@ void AgentNode::destroyChildren() {
         std::vector<osg::Node*> transforms;
         for (AgentNode* const child : children) {
             osg::Transform* const transform = child->osgTransform.get();
-            if (transform && !child->listing.isSharedWith(this) && transform->getNumParents() > 0 &&
-                transform->getParent(0) == osgTransform.get())
+            if (transform && !child->listing.isSharedWith(this))
                 transforms.push_back(transform);
         }
         removeManyFromGroup(*osgTransform, transforms);
@@ -135,7 +135,7 @@ void AgentNode::destroyChildren() {
     while (!children.empty()) {
         AgentNode* const child = children.front();
         const bool shared = child->listing.isSharedWith(this);
-        unlistChild(child);
+        unlistChild(child, true);
         if (!shared)
             deleteChild(child);
     }
@@ -149,6 +149,12 @@ void AgentNode::expireHandles() {
         handle->next = nullptr;
         handle->link = nullptr;
     }
+}
+
+/// Takes a component's scene node from under the transform, as often as the component put it there.
+void AgentNode::removeOsgNode(osg::Node* node, int times) {
+    for (int i = 0; i < times && node && osgTransform; ++i)
+        removeFromGroup(*osgTransform, *node);
 }
 
 void AgentNode::deleteChild(AgentNode* child) {

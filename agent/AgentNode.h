@@ -47,7 +47,7 @@ struct DocumentTransform;
 /// agent being visited included; an agent that an event is passing through is never deleted by a nested event.
 ///
 /// Agents belong to one thread, that of the frame loop and of the viewer's event traversal. Trees are walked by
-/// recursion, so their depth is bounded by the stack: some ten thousand levels.
+/// recursion, so their depth is bounded by the stack: with the usual 8 MB, about ten thousand levels.
 class TESSARIN_AGENT_EXPORT AgentNode : public SimObject {
 public:
     /// An agent without a parent, with a MatrixTransform of its own at the identity.
@@ -94,7 +94,8 @@ public:
     /// @}
 
     /// Takes every entry of the child out of the list and its transform from under this agent's. The child belongs to
-    /// the caller from then on; its getParent goes on naming this agent. Nothing happens if it is no child.
+    /// the caller from then on; its getParent goes on naming this agent. The list stays as it is if it holds no such
+    /// child.
     void removeChild(AgentNode* child);
 
     /// The agent that took this one last with addChild, also after removeChild; null at a root, and when that agent is
@@ -149,12 +150,13 @@ public:
     static Component* createComponent(const std::string& className);
 
     /// Makes a component of that class, names it after the class and attaches it. Null, and nothing changed, if there
-    /// is no such class.
+    /// is no such class. This and the other operations that make a component give null too if its attached() has taken
+    /// it off.
     Component* addComponent(const std::string& className);
 
     /// Takes ownership of a component and attaches it: its scene node goes under the transform, its hooks are connected
     /// to the events that it wants, and last its attached() is called. A component is to be attached once.
-    /// @return its argument; null does nothing.
+    /// @return its argument, also if attached() has deleted it; null does nothing.
     Component* addComponent(Component* component);
 
     /// The first component of that name, or null.
@@ -229,7 +231,8 @@ public:
     /// @{
 
     /// Makes an agent and its branch from a document and sends it AgentEvent::AGENT_CREATED. It has no parent and
-    /// belongs to the caller. Null if the text is no document or its root is no AgentNode.
+    /// belongs to the caller. Null if the text is no document, its root is no AgentNode, or a hook has deleted the
+    /// agent.
     /// @{
     static AgentNode* createFromXml(std::istream& stream);
     static AgentNode* createFromXmlString(const std::string& text);
@@ -248,7 +251,8 @@ public:
     void modifyWithXml(xml_parser::XMLNode* node);
     /// @}
 
-    /// The agent and its branch as a new document tree, which belongs to the caller.
+    /// The agent and its branch as a new document tree, which belongs to the caller. What its components do to tell
+    /// their fields must not change the tree. A document of more than 1,000 levels can't be read back.
     xml_parser::XMLNode* createXml();
 
     /// Prints the agent and its branch as a document.
@@ -291,15 +295,17 @@ private:
     void deleteComponent(Component* component);
 
     void listChild(AgentNode* child);
-    bool unlistChild(AgentNode* child);
-    void eraseChild(std::list<AgentNode*>::iterator entry);
-    void unlistComponent(Component* component);
+    int unlistChild(AgentNode* child, bool forGood);
+    void eraseChild(std::list<AgentNode*>::iterator entry, bool forGood);
+    void listComponent(Component* component);
+    int unlistComponent(Component* component);
     void releaseAll();
     void viewListsOf(const AgentNode& other);
     void updateRigidBody();
     void destroyComponents();
     void destroyChildren();
     void expireHandles();
+    void removeOsgNode(osg::Node* node, int times);
     bool holdsComponent(const Component* component) const;
     bool isAbove(const AgentNode* node) const;
     Component* initializeNew(Component* component);
@@ -313,6 +319,7 @@ private:
     void removeMarkedChildren();
     bool isInUse() const;
 
+    static void deleteUnheld(AgentNode* agent);
     static AgentNode* internalCreateFromXml(xml_parser::XMLNode* node);
     static Component* modifyComponentWithXml(Component* component, xml_parser::XMLNode* node);
     void internalModifyWithXml(xml_parser::XMLNode* node);

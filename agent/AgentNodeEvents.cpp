@@ -3,6 +3,7 @@
 #include <agent/AgentNodeWalk.h>
 #include <agent/Component.h>
 #include <agent/HookGuard.h>
+#include <agent/ListSearch.h>
 #include <agent/RigidBodyComponent.h>
 #include <agent/SceneGraph.h>
 #include <logging/Log.h>
@@ -56,7 +57,9 @@ Component* AgentNode::addComponent(const std::string& className) {
     if (!component)
         return nullptr;
     component->setName(className);
-    return addComponent(component);
+    const Visit visit(*this);
+    addComponent(component);
+    return !visit.isOver() && holdsComponent(component) ? component : nullptr;
 }
 
 Component* AgentNode::addComponent(Component* component) {
@@ -68,13 +71,12 @@ Component* AgentNode::addComponent(Component* component) {
     osg::Node* const node = component->getOsgNode();
     if (node && osgTransform)
         osgTransform->addChild(node);
-    components.push_back(component);
-    component->listing.enter(this, false);
-    if (componentWalks)
-        ComponentWalk::appended(*this);
+    listComponent(component);
 
     std::list<AgentEvent::_AgentEventEnum> events;
-    if (component->getSupportedEvents(events)) {
+    bool choosy = true;
+    callHook("getSupportedEvents", [&] { choosy = component->getSupportedEvents(events); });
+    if (choosy) {
         for (const AgentEvent::_AgentEventEnum event : events)
             connect(component, event);
     } else {
@@ -86,6 +88,16 @@ Component* AgentNode::addComponent(Component* component) {
     const Visit visit(*this);
     callHook("attached", [component] { component->attached(); });
     return component;
+}
+
+void AgentNode::listComponent(Component* component) {
+    // The connections that a component on no agent still has are disconnected, or its source's if it is a copy.
+    if (component->listing.isEmpty())
+        component->connections.clear();
+    components.push_back(component);
+    component->listing.enter(this, false);
+    if (componentWalks)
+        ComponentWalk::appended(*this);
 }
 
 void AgentNode::connect(Component* component, AgentEvent::_AgentEventEnum event) {
@@ -113,11 +125,9 @@ Component* AgentNode::getOrAddComponent(const std::string& name) {
 Component* AgentNode::getOrAddComponent(const std::string& className, const std::string& name) {
     if (Component* const component = getComponent(name))
         return component;
-    const Visit visit(*this);
     Component* const component = addComponent(className);
-    if (!component || visit.isOver() || !holdsComponent(component))
-        return nullptr;
-    component->setName(name);
+    if (component)
+        component->setName(name);
     return component;
 }
 
@@ -127,27 +137,25 @@ void AgentNode::removeComponent(Component* component) {
         return;
     component->setAgentNode(nullptr);
     osg::Node* const node = component->getOsgNode();
-    if (node && osgTransform)
-        removeFromGroup(*osgTransform, *node);
-    unlistComponent(component);
+    removeOsgNode(node, std::max(unlistComponent(component), 1));
     component->disconnectAll();
 }
 
-/// Takes every entry of the component out of the list.
-void AgentNode::unlistComponent(Component* component) {
-    for (auto entry = components.begin(); entry != components.end();) {
-        const auto here = entry++;
-        if (*here != component)
-            continue;
+/// Takes every entry of the component out of the list and counts them.
+int AgentNode::unlistComponent(Component* component) {
+    int count = 0;
+    auto entry = findFromBothEnds(components, component);
+    while (entry != components.end()) {
         if (componentWalks)
-            ComponentWalk::leaving(*this, here);
-        components.erase(here);
-        if (!component->listing.isRepeated())
-            break;
+            ComponentWalk::leaving(*this, entry, false);
+        components.erase(entry);
+        ++count;
+        entry = component->listing.isRepeated() ? findFromBothEnds(components, component) : components.end();
     }
     component->listing.leave(this);
     if (rigidBody && static_cast<Component*>(rigidBody) == component)
         updateRigidBody();
+    return count;
 }
 
 void AgentNode::updateRigidBody() {
@@ -165,9 +173,8 @@ void AgentNode::sendEvent(AgentEvent::_AgentEventEnum event) {
     assert(isEvent(event) && "AgentNode::sendEvent takes the sixteen agent events and no others.");
     if (!isEvent(event))
         return;
-    ++visits;
+    const Visit visit(*this);
     dispatchEvent(event);
-    --visits;
 }
 
 void AgentNode::dispatchEvent(AgentEvent::_AgentEventEnum event) {
@@ -206,8 +213,7 @@ void AgentNode::removeMarkedChildren() {
     if (osgTransform && leaving.size() > many) {
         std::vector<osg::Node*> transforms;
         for (AgentNode* const child : leaving)
-            if (child->osgTransform && child->osgTransform->getNumParents() > 0 &&
-                child->osgTransform->getParent(0) == osgTransform.get())
+            if (child->osgTransform)
                 transforms.push_back(child->osgTransform.get());
         removeManyFromGroup(*osgTransform, transforms);
     }
@@ -217,9 +223,9 @@ void AgentNode::removeMarkedChildren() {
     for (walk.begin(); AgentNode* child = walk.get(); walk.advance()) {
         if (!child->markedForRemoval || child->listing.isSharedWith(this) || (visits > 2 && child->isInUse()))
             continue;
-        eraseChild(walk.current);
+        eraseChild(walk.current, true);
         if (child->listing.isRepeated())
-            unlistChild(child);
+            unlistChild(child, true);
         child->listing.leave(this);
         deleteChild(child);
     }

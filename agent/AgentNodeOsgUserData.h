@@ -7,7 +7,8 @@
 namespace tessarin::agent {
 
 /// The link from a transform to its agent, held by the transform as its user data. It doesn't keep the agent alive and
-/// knows when the agent is gone. A transform that outlives its agent is to be let go on the thread of the agent tree.
+/// knows when the agent is gone. As long as the agent lives, its transforms are to be let go on the thread of the agent
+/// tree only.
 class AgentNodeOsgUserData final : public osg::Referenced {
 public:
     explicit AgentNodeOsgUserData(AgentNode* node) : agent(node) {}

@@ -10,7 +10,7 @@ namespace tessarin::agent {
 
 namespace {
 
-/// Calls the operation for each component of that class in the branch, depth first.
+/// Calls the operation for each component of that class in the list.
 template <class ComponentClass, class Operation>
 void forEachComponent(const std::list<Component*>& components, const Operation& operation) {
     for (Component* const component : components)

@@ -2,9 +2,13 @@
 
 #include <agent/AgentNodeOsgUserData.h>
 #include <agent/AgentNodeWalk.h>
+#include <agent/ListSearch.h>
 #include <agent/SceneGraph.h>
 
+#include <algorithm>
 #include <cassert>
+#include <unordered_set>
+#include <vector>
 
 namespace tessarin::agent {
 
@@ -30,11 +34,23 @@ void AgentNode::addChild(AgentNode* child) {
 
 /// True if this agent is the node or above it, going by the lists that hold the node.
 bool AgentNode::isAbove(const AgentNode* node) const {
-    if (node == this)
-        return true;
-    for (const AgentNode* const holder : node->listing.getAgents())
-        if (isAbove(holder))
+    // Where every agent stands in one list, this is a plain climb.
+    while (node && node != this && !node->listing.hasMoreAgents())
+        node = node->listing.getFirstAgent();
+    if (!node || node == this)
+        return node == this;
+
+    std::unordered_set<const AgentNode*> seen{node};
+    std::vector<const AgentNode*> open{node};
+    while (!open.empty()) {
+        const AgentNode* const below = open.back();
+        open.pop_back();
+        if (below == this)
             return true;
+        for (const AgentNode* const holder : below->listing.getAgents())
+            if (seen.insert(holder).second)
+                open.push_back(holder);
+    }
     return false;
 }
 
@@ -45,41 +61,31 @@ void AgentNode::listChild(AgentNode* child) {
         ChildWalk::appended(*this);
 }
 
-void AgentNode::eraseChild(std::list<AgentNode*>::iterator entry) {
+void AgentNode::eraseChild(std::list<AgentNode*>::iterator entry, bool forGood) {
     if (childWalks)
-        ChildWalk::leaving(*this, entry);
+        ChildWalk::leaving(*this, entry, forGood);
     children.erase(entry);
 }
 
-/// The first entry of the child, searched from both ends at once: children usually leave in order or in reverse.
-static std::list<AgentNode*>::iterator findEntry(std::list<AgentNode*>& list, const AgentNode* child) {
-    auto front = list.begin();
-    for (auto back = list.end(); front != back; ++front) {
-        if (*front == child)
-            return front;
-        if (--back == front)
-            break;
-        if (*back == child)
-            return back;
-    }
-    return list.end();
-}
-
-/// Takes every entry of the child out of the list; false if there is none.
-bool AgentNode::unlistChild(AgentNode* child) {
-    const auto found = findEntry(children, child);
+/// Takes every entry of the child out of the list and counts them.
+/// @param forGood the child is about to be deleted.
+int AgentNode::unlistChild(AgentNode* child, bool forGood) {
+    const auto found = findFromBothEnds(children, child);
     if (found == children.end())
-        return false;
-    eraseChild(found);
+        return 0;
+    eraseChild(found, forGood);
+    int count = 1;
     if (child->listing.isRepeated()) {
         for (auto entry = children.begin(); entry != children.end();) {
             const auto here = entry++;
-            if (*here == child)
-                eraseChild(here);
+            if (*here == child) {
+                eraseChild(here, forGood);
+                ++count;
+            }
         }
     }
     child->listing.leave(this);
-    return true;
+    return count;
 }
 
 AgentNode* AgentNode::getChild(const std::string& name) {
@@ -98,8 +104,8 @@ void AgentNode::removeChild(AgentNode* child) {
     assert(child && "AgentNode::removeChild takes no null child.");
     if (!child)
         return;
-    unlistChild(child);
-    if (osgTransform && child->osgTransform)
+    const int entries = std::max(unlistChild(child, false), 1);
+    for (int i = 0; i < entries && osgTransform && child->osgTransform; ++i)
         removeFromGroup(*osgTransform, *child->osgTransform);
 }
 
@@ -126,6 +132,8 @@ osg::ref_ptr<osg::Transform> AgentNode::getOsgTransform() {
 }
 
 void AgentNode::setOsgTransform(osg::ref_ptr<osg::Transform> transform) {
+    if (osgTransform == transform && !ownsTransform)
+        return; // a copy doesn't take the transform over from its source
     if (osgTransform != transform) {
         osgTransform = transform;
         ownsTransform = true;

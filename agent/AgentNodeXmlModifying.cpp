@@ -133,8 +133,8 @@ void AgentNode::modifyChildWithXml(XMLNode* element) {
     if (!child)
         return;
     if (visit.isOver())
-        delete child;
-    else
+        deleteUnheld(child);
+    else if (!child->isAbove(this))
         addChild(child);
 }
 
@@ -153,7 +153,8 @@ bool AgentNode::modifyOrAddComponent(XMLNode* element, const DocumentTransform& 
             TESSARIN_LOG(category, Logger::errorLevel, "AgentNode " << name << " could not add a component from XML");
             return true;
         }
-        component = initializeNew(addComponent(component));
+        addComponent(component);
+        component = visit.isOver() ? nullptr : initializeNew(component);
     }
     if (!component || visit.isOver())
         return true;

@@ -33,6 +33,12 @@ AgentNode* AgentNode::createFromXml(XMLNode* node) {
     return visit.isOver() ? nullptr : agent;
 }
 
+/// Deletes a new agent that has lost its place, unless a hook has found it another one.
+void AgentNode::deleteUnheld(AgentNode* agent) {
+    if (agent->listing.isEmpty())
+        delete agent;
+}
+
 /// Makes an agent and its branch without telling it. Null if the element is no AgentNode, or if a hook has deleted the
 /// agent meanwhile.
 AgentNode* AgentNode::internalCreateFromXml(XMLNode* node) {
@@ -50,8 +56,8 @@ AgentNode* AgentNode::internalCreateFromXml(XMLNode* node) {
         if (element->tag == "AgentNode") {
             AgentNode* const child = internalCreateFromXml(element);
             if (child && visit.isOver())
-                delete child;
-            else if (child)
+                deleteUnheld(child);
+            else if (child && !child->isAbove(agent))
                 agent->addChild(child);
         } else if (element->tag == "Component") {
             Component* component = createComponentFromXml(element);
@@ -60,7 +66,8 @@ AgentNode* AgentNode::internalCreateFromXml(XMLNode* node) {
                              "AgentNode " << agent->getName() << " could not add a component from XML");
                 continue;
             }
-            component = agent->initializeNew(agent->addComponent(component));
+            agent->addComponent(component);
+            component = visit.isOver() ? nullptr : agent->initializeNew(component);
             if (component && component->getName() == "VisualModelComponent") {
                 // The modification walks the whole element, what creation has read of it included.
                 agent->internalModifyWithXml(node);
@@ -110,7 +117,7 @@ Component* AgentNode::modifyComponentWithXml(Component* component, XMLNode* node
         const std::string value = element->getAttributeValue("value");
         TESSARIN_LOG(category, Logger::infoLevel,
                      "Component(" << component->getClassName() << ")." << name << "=" << value);
-        component->setAsString(name, value);
+        callHook("setAsString", [&] { component->setAsString(name, value); });
     }
     return component;
 }

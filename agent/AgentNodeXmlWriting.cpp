@@ -1,6 +1,7 @@
 #include <agent/AgentNode.h>
 
 #include <agent/Component.h>
+#include <agent/HookGuard.h>
 #include <agent/NumberList.h>
 #include <xml_parser/XMLNode.h>
 
@@ -33,14 +34,17 @@ void writeComponent(XMLNode& agentElement, Component& component) {
         element->attributes["name"] = component.getName();
 
     std::list<std::string> names;
-    component.getFieldNames(names);
+    callHook("getFieldNames", [&] { component.getFieldNames(names); });
     for (const std::string& name : names) {
-        const AccessorWithObject accessor = component.getAccessor(name);
-        if (!accessor.accessor)
-            continue;
-        XMLNode* const field = element->addChild("field");
-        field->attributes["name"] = name;
-        field->attributes["value"] = accessor.accessor->getAsString(accessor.object);
+        callHook("getAsString", [&] {
+            const AccessorWithObject accessor = component.getAccessor(name);
+            if (!accessor.accessor)
+                return;
+            const std::string value = accessor.accessor->getAsString(accessor.object);
+            XMLNode* const field = element->addChild("field");
+            field->attributes["name"] = name;
+            field->attributes["value"] = value;
+        });
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <agent/AbstractAccessor.h>
 #include <agent/AgentEvent.h>
+#include <agent/AgentNodeHandle.h>
 #include <agent/Export.h>
 #include <agent/Forward.h>
 #include <agent/Listing.h>
@@ -34,7 +35,7 @@ namespace tessarin::agent {
 /// thread of the caller of sendEvent. An exception that a hook lets out is caught and logged.
 class TESSARIN_AGENT_EXPORT Component : public SimObject {
 public:
-    /// A component that is deleted while an agent holds it is taken from that agent first.
+    /// A component that is deleted while an agent holds it leaves that agent's list and signals; its scene node stays.
     ~Component() override;
 
     const char* getClassName() override = 0;
@@ -80,7 +81,8 @@ public:
     /// Called by AgentNode::onCollision, whatever getSupportedEvents says.
     virtual void onCollision(CollisionData& collision);
 
-    /// How to reach a field by name: an empty pair if the component has no such field.
+    /// How to reach a field by name: an empty pair if the component has no such field. Neither this nor what the
+    /// accessor does may change the tree.
     virtual AccessorWithObject getAccessor(const std::string& fieldName);
 
     /// Appends the names of the component's fields.
@@ -126,10 +128,14 @@ public:
 protected:
     Component() = default;
 
+    /// True if an agent's list holds the component; a copy of a component on an agent is on none.
+    bool isOnAgent() const { return !listing.isEmpty(); }
+
     /// One for each hook that was connected to a signal; the entries stay when they are disconnected.
     std::list<sigc::connection> connections;
 
-    AgentNode* agentNode = nullptr;
+    /// Null on no agent, and when the agent is gone.
+    AgentNodeHandle agentNode;
 
 private:
     friend class AgentNode;

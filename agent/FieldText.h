@@ -38,6 +38,10 @@ struct FieldText<std::string> {
 
 namespace detail {
 
+template <class T>
+constexpr bool isWideCharacter =
+    std::is_same_v<T, wchar_t> || std::is_same_v<T, char16_t> || std::is_same_v<T, char32_t>;
+
 constexpr std::string_view fieldBlanks = " \t\r\n";
 
 /// Cuts the next word off the front of the text; empty when there is none.
@@ -114,7 +118,7 @@ struct FieldText<bool> {
 };
 
 template <class Number>
-struct FieldText<Number, std::enable_if_t<std::is_arithmetic_v<Number>>> {
+struct FieldText<Number, std::enable_if_t<std::is_arithmetic_v<Number> && !detail::isWideCharacter<Number>>> {
     static std::string write(Number value) {
         std::string text;
         detail::appendNumber(text, value);

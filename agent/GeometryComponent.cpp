@@ -1,7 +1,6 @@
 #include <agent/GeometryComponent.h>
 
 #include <agent/AgentNode.h>
-#include <agent/SceneGraph.h>
 #include <agent/SimObjectDB.h>
 
 #include <utility>
@@ -21,6 +20,17 @@ SimObject* SimObjectFactoryGeometryComponent::create() {
 GeometryComponent::GeometryComponent(osg::ref_ptr<osg::Node> node) : osgNode(std::move(node)) {}
 
 GeometryComponent::~GeometryComponent() = default;
+
+GeometryComponent& GeometryComponent::operator=(const GeometryComponent& other) {
+    if (this == &other)
+        return *this;
+    Component::operator=(other);
+    if (isOnAgent())
+        setOsgNode(other.osgNode);
+    else
+        osgNode = other.osgNode;
+    return *this;
+}
 
 const char* GeometryComponent::getClassName() {
     return "GeometryComponent";
@@ -49,7 +59,7 @@ void GeometryComponent::printValues(std::ostream& stream) {
 void GeometryComponent::setOsgNode(osg::ref_ptr<osg::Node> node) {
     const osg::ref_ptr<osg::Transform> transform = agentNode ? agentNode->getOsgTransform() : nullptr;
     if (transform && osgNode)
-        removeFromGroup(*transform, *osgNode);
+        transform->removeChild(osgNode);
     if (transform && node)
         transform->addChild(node);
     osgNode = std::move(node);

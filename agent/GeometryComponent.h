@@ -25,7 +25,7 @@ public:
     explicit GeometryComponent(osg::ref_ptr<osg::Node> node);
 
     GeometryComponent(const GeometryComponent&) = default;
-    GeometryComponent& operator=(const GeometryComponent&) = default;
+    GeometryComponent& operator=(const GeometryComponent& other);
 
     /// Doesn't touch the scene graph: the agent has taken the node out before.
     ~GeometryComponent() override;

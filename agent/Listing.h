@@ -31,6 +31,12 @@ public:
     /// True if the agent's list holds the object without owning it.
     bool isSharedWith(const AgentNode* agent) const;
 
+    /// The first agent whose list holds the object, null if only copies of agents hold it or none.
+    AgentNode* getFirstAgent() const { return first; }
+
+    /// True if more than one agent's list may hold the object, or one that only sees it.
+    bool hasMoreAgents() const { return hasMore; }
+
     /// True if some list may hold the object more than once.
     bool isRepeated() const { return repeated; }
 

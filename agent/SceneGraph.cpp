@@ -4,36 +4,51 @@
 #include <osg/Node>
 #include <osg/ref_ptr>
 
-#include <algorithm>
+#include <unordered_set>
 
 namespace tessarin::agent {
 
 namespace {
 
-unsigned countEntries(const osg::Group& group, const osg::Node& node) {
-    const auto& parents = node.getParents();
-    return static_cast<unsigned>(std::count(parents.begin(), parents.end(), &group));
-}
+/// The children of a group in alternating runs of those that leave and those that stay.
+struct Runs {
+    struct Run {
+        unsigned begin;
+        unsigned count;
+    };
 
-unsigned findEntry(osg::Group& group, const osg::Node& node) {
-    unsigned front = 0;
-    for (unsigned back = group.getNumChildren(); front < back; ++front) {
-        if (group.getChild(front) == &node)
-            return front;
-        if (group.getChild(--back) == &node)
-            return back;
+    Runs(osg::Group& group, const std::unordered_set<const osg::Node*>& leaving) {
+        for (unsigned i = 0; i < group.getNumChildren(); ++i) {
+            osg::Node* const node = group.getChild(i);
+            if (leaving.count(node) == 0) {
+                staying.emplace_back(node);
+                stayerHasOtherParents = stayerHasOtherParents || node->getNumParents() > 1;
+            } else if (!runs.empty() && runs.back().begin + runs.back().count == i) {
+                ++runs.back().count;
+            } else {
+                runs.push_back({i, 1});
+            }
+        }
     }
-    return group.getNumChildren();
-}
+
+    std::vector<Run> runs;
+    std::vector<osg::ref_ptr<osg::Node>> staying;
+    bool stayerHasOtherParents = false;
+};
 
 } // namespace
 
 void removeFromGroup(osg::Group& group, osg::Node& node) {
-    const osg::ref_ptr<osg::Node> keep(&node);
-    for (unsigned entries = countEntries(group, node); entries > 0; --entries) {
-        const unsigned index = findEntry(group, node);
-        if (index == group.getNumChildren() || !group.removeChildren(index, 1))
+    unsigned front = 0;
+    for (unsigned back = group.getNumChildren(); front < back; ++front) {
+        if (group.getChild(front) == &node) {
+            group.removeChildren(front, 1);
             return;
+        }
+        if (group.getChild(--back) == &node) {
+            group.removeChildren(back, 1);
+            return;
+        }
     }
 }
 
@@ -48,17 +63,17 @@ void removeFromParents(osg::Node& node) {
 }
 
 void removeManyFromGroup(osg::Group& group, const std::vector<osg::Node*>& leaving) {
-    const unsigned count = group.getNumChildren();
-    std::vector<osg::ref_ptr<osg::Node>> staying;
-    auto next = leaving.begin();
-    for (unsigned i = 0; i < count; ++i) {
-        if (next != leaving.end() && *next == group.getChild(i))
-            ++next;
-        else
-            staying.emplace_back(group.getChild(i));
+    const Runs found(group, std::unordered_set<const osg::Node*>(leaving.begin(), leaving.end()));
+    // Taking out run after run moves the rest of the group each time. With many runs it is rather emptied and filled
+    // again, unless that would change the order of somebody's parents, and with it the first path to the root.
+    constexpr std::size_t fewRuns = 32;
+    if (found.runs.size() <= fewRuns || found.stayerHasOtherParents) {
+        for (auto run = found.runs.rbegin(); run != found.runs.rend(); ++run)
+            group.removeChildren(run->begin, run->count);
+        return;
     }
-    group.removeChildren(0, count);
-    for (const osg::ref_ptr<osg::Node>& node : staying)
+    group.removeChildren(0, group.getNumChildren());
+    for (const osg::ref_ptr<osg::Node>& node : found.staying)
         group.addChild(node);
 }
 

@@ -2,9 +2,10 @@
 
 #include <agent/AgentNode.h>
 #include <agent/Component.h>
+#include <agent/DocumentReader.h>
+#include <agent/HookGuard.h>
 #include <agent/SimObjectFactory.h>
 #include <xml_parser/XMLNode.h>
-#include <xml_parser/XMLNodeCreator.h>
 
 #include <cassert>
 
@@ -28,16 +29,15 @@ void SimObjectDB::registerFactory(SimObjectFactory* factory, const std::string& 
 
 SimObject* SimObjectDB::createObject(const std::string& name) {
     const auto found = factories.find(name);
-    return found == factories.end() ? nullptr : found->second->create();
+    SimObject* object = nullptr;
+    if (found != factories.end())
+        callHook("create", [&] { object = found->second->create(); });
+    return object;
 }
 
 SimObject* SimObjectDB::createObjectFromXML(std::istream& stream) {
-    xml_parser::XMLNodeCreator reader;
-    reader.setPruneEmptyTags(false);
-    reader.setCreateAttributesFromPrimitiveChildren(false);
-    reader.parse(stream);
-
-    xml_parser::XMLNode* const root = reader.getRoot();
+    DocumentReader reader;
+    xml_parser::XMLNode* const root = reader.read(stream);
     if (!root)
         return nullptr;
     if (root->tag == "Component")
