@@ -5,36 +5,54 @@
 
 namespace tessarin::dynamics::bullet {
 
-Vector3 operator+(const Vector3& a, const Vector3& b) { return {a[0] + b[0], a[1] + b[1], a[2] + b[2]}; }
+Vector3 operator+(const Vector3& a, const Vector3& b) {
+    return {a[0] + b[0], a[1] + b[1], a[2] + b[2]};
+}
 
-Vector3 operator-(const Vector3& a, const Vector3& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }
+Vector3 operator-(const Vector3& a, const Vector3& b) {
+    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+}
 
-Vector3 operator*(const Vector3& a, double factor) { return {a[0] * factor, a[1] * factor, a[2] * factor}; }
+Vector3 operator*(const Vector3& a, double factor) {
+    return {a[0] * factor, a[1] * factor, a[2] * factor};
+}
 
-Vector3 operator*(const Matrix3& a, const Vector3& b) { return {dot(a[0], b), dot(a[1], b), dot(a[2], b)}; }
+Vector3 operator*(const Matrix3& a, const Vector3& b) {
+    return {dot(a[0], b), dot(a[1], b), dot(a[2], b)};
+}
 
 Matrix3 operator*(const Matrix3& a, const Matrix3& b) {
     const Matrix3 columns = transposed(b);
     return {columns * a[0], columns * a[1], columns * a[2]};
 }
 
-Matrix3 operator+(const Matrix3& a, const Matrix3& b) { return {a[0] + b[0], a[1] + b[1], a[2] + b[2]}; }
+Matrix3 operator+(const Matrix3& a, const Matrix3& b) {
+    return {a[0] + b[0], a[1] + b[1], a[2] + b[2]};
+}
 
-Matrix3 operator*(const Matrix3& a, double factor) { return {a[0] * factor, a[1] * factor, a[2] * factor}; }
+Matrix3 operator*(const Matrix3& a, double factor) {
+    return {a[0] * factor, a[1] * factor, a[2] * factor};
+}
 
 Affine operator*(const Affine& a, const Affine& b) {
     return {a.linear * b.linear, a.linear * b.translation + a.translation};
 }
 
-Vector3 transformPoint(const Affine& a, const Vector3& point) { return a.linear * point + a.translation; }
+Vector3 transformPoint(const Affine& a, const Vector3& point) {
+    return a.linear * point + a.translation;
+}
 
-double dot(const Vector3& a, const Vector3& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
+double dot(const Vector3& a, const Vector3& b) {
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
 
 Vector3 cross(const Vector3& a, const Vector3& b) {
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
-double length(const Vector3& a) { return std::hypot(a[0], a[1], a[2]); }
+double length(const Vector3& a) {
+    return std::hypot(a[0], a[1], a[2]);
+}
 
 Vector3 normalized(const Vector3& a) {
     const double norm = length(a);
@@ -45,11 +63,17 @@ Matrix3 transposed(const Matrix3& a) {
     return {{{a[0][0], a[1][0], a[2][0]}, {a[0][1], a[1][1], a[2][1]}, {a[0][2], a[1][2], a[2][2]}}};
 }
 
-Matrix3 diagonal(const Vector3& a) { return {{{a[0], 0, 0}, {0, a[1], 0}, {0, 0, a[2]}}}; }
+Matrix3 diagonal(const Vector3& a) {
+    return {{{a[0], 0, 0}, {0, a[1], 0}, {0, 0, a[2]}}};
+}
 
-Matrix3 outerProduct(const Vector3& a, const Vector3& b) { return {b * a[0], b * a[1], b * a[2]}; }
+Matrix3 outerProduct(const Vector3& a, const Vector3& b) {
+    return {b * a[0], b * a[1], b * a[2]};
+}
 
-double determinant(const Matrix3& a) { return dot(a[0], cross(a[1], a[2])); }
+double determinant(const Matrix3& a) {
+    return dot(a[0], cross(a[1], a[2]));
+}
 
 Matrix3 axisRotation(const Vector3& axis, double radians) {
     const Vector3 n = normalized(axis);
@@ -67,7 +91,9 @@ Affine rigidInverse(const Affine& a) {
     return {back, back * a.translation * -1};
 }
 
-bool isFinite(const Vector3& a) { return std::isfinite(a[0]) && std::isfinite(a[1]) && std::isfinite(a[2]); }
+bool isFinite(const Vector3& a) {
+    return std::isfinite(a[0]) && std::isfinite(a[1]) && std::isfinite(a[2]);
+}
 
 bool isFinite(const Affine& a) {
     return isFinite(a.linear[0]) && isFinite(a.linear[1]) && isFinite(a.linear[2]) && isFinite(a.translation);

@@ -60,8 +60,8 @@ struct Eigen {
 };
 Eigen eigenOf(const Matrix3& symmetric);
 
-/// A matrix as a rotation behind a symmetric stretch: rotation * stretch. Of a mirroring matrix the stretch mirrors. The
-/// rotation is one also where the matrix is singular.
+/// A matrix as a rotation behind a symmetric stretch: rotation * stretch. Of a mirroring matrix the stretch mirrors.
+/// The rotation is one also where the matrix is singular.
 struct PolarParts {
     Matrix3 rotation;
     Matrix3 stretch;

@@ -11,8 +11,8 @@ namespace tessarin::dynamics::bullet {
 
 /// What a rigid body is made of: its collision shape with all that this refers to, and its mass.
 ///
-/// The engine wants a body's origin at its centre of mass and its inertia along its axes. So shapes are in a mass frame,
-/// which stands at massFrame in the frame of the body's node.
+/// The engine wants a body's origin at its centre of mass and its inertia along its axes. So shapes are in a mass
+/// frame, which stands at massFrame in the frame of the body's node.
 struct BodyShape {
     /// The corners of a triangle mesh; the mesh refers to them.
     struct Triangles {

@@ -18,7 +18,9 @@ using logging::Logger;
 using Analytic = SolidPiece::Analytic;
 
 /// What single precision can hold of masses.
-bool isUsableMass(double mass) { return mass > 1e-12 && mass < 1e12; }
+bool isUsableMass(double mass) {
+    return mass > 1e-12 && mass < 1e12;
+}
 
 std::vector<SolidPiece> makePieces(const collada::RigidBody& description, const Matrix3& scale, const Report& report) {
     std::vector<SolidPiece> pieces;
@@ -73,8 +75,7 @@ void setMass(const collada::RigidBody& description, const std::vector<SolidPiece
 
 bool isIdentity(const Affine& place, double size) {
     const Matrix3& m = place.linear;
-    return isDiagonal(m) && m[0][0] > 0.5 && m[1][1] > 0.5 && m[2][2] > 0.5 &&
-           length(place.translation) <= 1e-7 * size;
+    return isDiagonal(m) && m[0][0] > 0.5 && m[1][1] > 0.5 && m[2][2] > 0.5 && length(place.translation) <= 1e-7 * size;
 }
 
 void joinParts(const std::vector<Affine>& places, bool hasTree, BodyShape& body) {

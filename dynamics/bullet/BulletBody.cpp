@@ -15,10 +15,11 @@ namespace {
 /// run several steps a frame.
 constexpr std::uint64_t stepsAfterSleep = 10;
 
-constexpr double defaultFriction = 0.5;
+/// The engine multiplies the frictions of two bodies; two of these rub with 0.5.
+constexpr double defaultFriction = 0.70710678;
 
 /// Of a round body, against its size: little enough to let it roll, and enough to let it come to rest.
-constexpr double rollingFriction = 0.02;
+constexpr double rollingFriction = 0.1;
 
 btRigidBody::btRigidBodyConstructionInfo describe(const BodyShape& shape, const Affine& pose) {
     btRigidBody::btRigidBodyConstructionInfo info(static_cast<btScalar>(shape.mass), nullptr, shape.whole(),
@@ -32,7 +33,9 @@ btRigidBody::btRigidBodyConstructionInfo describe(const BodyShape& shape, const 
     return info;
 }
 
-bool isFinite(const btTransform& place) { return isFinite(fromBullet(place)); }
+bool isFinite(const btTransform& place) {
+    return isFinite(fromBullet(place));
+}
 
 } // namespace
 
@@ -50,9 +53,13 @@ BulletBody::BulletBody(std::shared_ptr<WorldCore> worldCore, std::string bodyNam
     core->add(body);
 }
 
-BulletBody::~BulletBody() { core->remove(body); }
+BulletBody::~BulletBody() {
+    core->remove(body);
+}
 
-Affine BulletBody::getPose() const { return fromBullet(body.getWorldTransform()) * massFrameInverse; }
+Affine BulletBody::getPose() const {
+    return fromBullet(body.getWorldTransform()) * massFrameInverse;
+}
 
 void BulletBody::setPose(const Affine& pose) {
     const btTransform place = toBullet(pose * shape.massFrame);
@@ -77,7 +84,7 @@ void BulletBody::getMatrix(gmtl::Matrix<double, 4, 4>& matrix) {
 
 void BulletBody::setMatrix(const gmtl::Matrix<double, 4, 4>& matrix) {
     const Affine given = fromGmtl(matrix);
-    setPose({polarPartsOf(given.linear).rotation, given.translation});
+    setPose(bullet::isFinite(given) ? Affine{polarPartsOf(given.linear).rotation, given.translation} : given);
 }
 
 void BulletBody::setLinearVelocity(const gmtl::Vec<float, 3>& velocity) {
@@ -125,13 +132,17 @@ bool BulletBody::isActive() {
     return body.isActive() || (lastMovedStep > 0 && core->getStepCount() - lastMovedStep < stepsAfterSleep);
 }
 
-void BulletBody::prepareMove() { core->wakeAround(body); }
+void BulletBody::prepareMove() {
+    core->wakeAround(body);
+}
 
 void BulletBody::onStepped() {
     if (isFinite(body.getWorldTransform()) && bullet::isFinite(fromBullet(body.getLinearVelocity())) &&
         bullet::isFinite(fromBullet(body.getAngularVelocity()))) {
-        lastPlace = body.getWorldTransform();
-        lastMovedStep = core->getStepCount();
+        if (body.isActive()) {
+            lastPlace = body.getWorldTransform();
+            lastMovedStep = core->getStepCount();
+        }
         return;
     }
     TESSARIN_LOG(logCategory(), logging::Logger::errorLevel,
@@ -142,6 +153,8 @@ void BulletBody::onStepped() {
     body.setInterpolationWorldTransform(lastPlace);
     body.setInterpolationLinearVelocity(btVector3(0, 0, 0));
     body.setInterpolationAngularVelocity(btVector3(0, 0, 0));
+    // The engine takes a body without usable bounds out of the simulation.
+    body.forceActivationState(ACTIVE_TAG);
     core->updatePlace(body);
 }
 

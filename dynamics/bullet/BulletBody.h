@@ -42,7 +42,7 @@ public:
     /// Half of what the body measures where it is narrowest.
     double getSize() const { return shape.size; }
 
-    /// To be called for each body that the engine has moved in a step.
+    /// To be called after each step.
     void onStepped();
 
 private:

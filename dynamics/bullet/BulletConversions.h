@@ -10,7 +10,9 @@ inline btVector3 toBullet(const Vector3& a) {
     return {static_cast<btScalar>(a[0]), static_cast<btScalar>(a[1]), static_cast<btScalar>(a[2])};
 }
 
-inline Vector3 fromBullet(const btVector3& a) { return {a.x(), a.y(), a.z()}; }
+inline Vector3 fromBullet(const btVector3& a) {
+    return {a.x(), a.y(), a.z()};
+}
 
 inline btMatrix3x3 toBullet(const Matrix3& a) {
     btMatrix3x3 result;

@@ -21,6 +21,9 @@ namespace {
 using logging::Logger;
 using Bodies = std::vector<std::unique_ptr<BulletBody>>;
 
+/// The square of a distance has to fit single precision.
+constexpr double farthestPlace = 1e15;
+
 gmtl::Vec<float, 3> toVelocity(const Vector3& a) {
     return {static_cast<float>(a[0]), static_cast<float>(a[1]), static_cast<float>(a[2])};
 }
@@ -29,7 +32,7 @@ gmtl::Vec<float, 3> toVelocity(const Vector3& a) {
 std::unique_ptr<BulletBody> makeBody(const collada::BodyInstance& instance, const Affine& placement,
                                      const std::shared_ptr<WorldCore>& core, const Report& report) {
     const Affine nodeToWorld = placement * instance.nodeToWorld;
-    if (!isFinite(nodeToWorld)) {
+    if (!isFinite(nodeToWorld) || !(length(nodeToWorld.translation) < farthestPlace)) {
         report(Logger::errorLevel, "its place in the world is out of range, the body is left out");
         return nullptr;
     }
@@ -81,16 +84,21 @@ void BulletDynamicsWorld::loadScene(const std::string& filePath, const gmtl::Mat
     try {
         bodies = makeBodies(filePath, fromGmtl(placement), core);
     } catch (const std::exception& problem) {
-        TESSARIN_LOG(logCategory(), Logger::errorLevel, "no physics read from '" << filePath << "': " << problem.what());
+        TESSARIN_LOG(logCategory(), Logger::errorLevel,
+                     "no physics read from '" << filePath << "': " << problem.what());
     }
     for (std::unique_ptr<BulletBody>& body : bodies) {
         functor.visitBody(body.release());
     }
 }
 
-int BulletDynamicsWorld::step(double seconds) { return core->step(seconds); }
+int BulletDynamicsWorld::step(double seconds) {
+    return core->step(seconds);
+}
 
-double BulletDynamicsWorld::getFixedStep() const { return core->getFixedStep(); }
+double BulletDynamicsWorld::getFixedStep() const {
+    return core->getFixedStep();
+}
 
 void BulletDynamicsWorld::setFixedStep(double seconds) {
     const bool isStep = seconds >= 1e-6 && std::isfinite(seconds);

@@ -7,6 +7,15 @@
 
 namespace tessarin::dynamics::bullet::collada {
 
+namespace {
+
+/// No id has a blank in it.
+std::string keyOf(std::string_view tag, std::string_view id) {
+    return std::string(tag).append(" ").append(id);
+}
+
+} // namespace
+
 Document::Document(std::string filePath) : path(std::move(filePath)) {
     reader.setPruneEmptyTags(false);
     reader.setCreateAttributesFromPrimitiveChildren(false);
@@ -34,7 +43,9 @@ void Document::indexIds() {
         open.pop_back();
         const auto id = element->attributes.find("id");
         if (id != element->attributes.end()) {
+            // Under its tag too: not every exporter keeps the ids of a node and of its geometry apart.
             elementsById.emplace(id->second, element);
+            elementsById.emplace(keyOf(localTag(*element), id->second), element);
         }
         // Reversed, so that elements come in document order and the first of two with one id wins.
         for (int i = element->getNumChildren() - 1; i >= 0; --i) {
@@ -48,11 +59,8 @@ const Element* Document::find(std::string_view reference, std::string_view tag) 
     if (!id.empty() && id[0] == '#') {
         id.remove_prefix(1);
     }
-    const auto found = elementsById.find(std::string(id));
-    if (found == elementsById.end() || (!tag.empty() && localTag(*found->second) != tag)) {
-        return nullptr;
-    }
-    return found->second;
+    const auto found = elementsById.find(tag.empty() ? std::string(id) : keyOf(tag, id));
+    return found == elementsById.end() ? nullptr : found->second;
 }
 
 void Document::complain(const Element& element, const std::string& reason) const {
@@ -86,7 +94,9 @@ std::vector<const Element*> childrenOf(const Element* element, std::string_view 
     return result;
 }
 
-std::vector<const Element*> childrenOf(const Element* element) { return childrenOf(element, {}); }
+std::vector<const Element*> childrenOf(const Element* element) {
+    return childrenOf(element, {});
+}
 
 std::string describe(const Element& element) {
     std::string text = "<" + element.tag;

@@ -23,8 +23,8 @@ public:
     /// Null, with one message, if the file can't be read or isn't COLLADA.
     const Element* load();
 
-    /// What an url or a target like "#id" leads to; the sign may be missing. Null if there is no such element, or if it
-    /// has another tag than the one asked for. An empty tag fits all.
+    /// What an url or a target like "#id" leads to; the sign may be missing. Null if there is no such element
+    /// with the tag asked for. An empty tag fits all.
     const Element* find(std::string_view reference, std::string_view tag = {}) const;
 
     /// One message at level 300: the file, the element by its tag and what names it, and the reason.

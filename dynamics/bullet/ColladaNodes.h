@@ -9,8 +9,8 @@
 namespace tessarin::dynamics::bullet::collada {
 
 /// The placement that the transform elements among an element's children add up to, in their order, as OpenSceneGraph's
-/// COLLADA plugin understands them: it takes a lookat for the matrix of the view, and it passes over an element with the
-/// wrong number of numbers.
+/// COLLADA plugin understands them: it takes a lookat for the matrix of the view, and it passes over an element with
+/// the wrong number of numbers.
 Affine placementOf(const Document& document, const Element& element);
 
 /// The turn that the plugin puts above the scene: Y_UP, which is also the default, by +90 degrees about X, X_UP by +90

@@ -47,9 +47,13 @@ bool NumberReader::read(Number& number) {
     return true;
 }
 
-bool NumberReader::next(double& number) { return read(number); }
+bool NumberReader::next(double& number) {
+    return read(number);
+}
 
-bool NumberReader::next(long& number) { return read(number); }
+bool NumberReader::next(long& number) {
+    return read(number);
+}
 
 bool NumberReader::atEnd() {
     skipSpace();
@@ -83,9 +87,8 @@ template bool readNumbers(std::string_view, std::array<double, 16>&);
 bool readBool(std::string_view text) {
     const std::string_view word = trimmed(text);
     constexpr std::string_view yes = "true";
-    return word == "1" || std::equal(word.begin(), word.end(), yes.begin(), yes.end(), [](char a, char b) {
-               return std::tolower(static_cast<unsigned char>(a)) == b;
-           });
+    return word == "1" || std::equal(word.begin(), word.end(), yes.begin(), yes.end(),
+                                     [](char a, char b) { return std::tolower(static_cast<unsigned char>(a)) == b; });
 }
 
 std::string_view trimmed(std::string_view text) {

@@ -10,8 +10,8 @@
 #include <vector>
 
 /// @file
-/// The physics of a COLLADA file as plain data: references resolved, overrides applied, nodes placed. Lengths and axes are
-/// those of the world, but shapes are in the frame of their target node, its scale not yet applied.
+/// The physics of a COLLADA file as plain data: references resolved, overrides applied, nodes placed. Lengths and axes
+/// are those of the world, but shapes are in the frame of their target node, its scale not yet applied.
 
 namespace tessarin::dynamics::bullet::collada {
 

@@ -10,6 +10,9 @@ namespace tessarin::dynamics::bullet::collada {
 
 namespace {
 
+/// Models that each hold two of the next one grow beyond all bounds in a few lines.
+constexpr int maxModelInstances = 10000;
+
 constexpr double radiansPerDegree = 3.14159265358979323846 / 180;
 
 /// The last step of a path of sids, without the sign of a reference.
@@ -80,6 +83,12 @@ void PhysicsReader::readInstances(const Element& instance, const Element* model)
 }
 
 void PhysicsReader::readModelInstance(const Element& instance) {
+    if (++modelInstances >= maxModelInstances) {
+        if (modelInstances == maxModelInstances) {
+            document.complain(instance, "there are too many instances of physics models, the rest is left out");
+        }
+        return;
+    }
     const Element* model = document.find(instance.getAttributeValue("url"), "physics_model");
     if (!model) {
         document.complain(instance, "there is no such physics model");

@@ -10,8 +10,8 @@
 
 namespace tessarin::dynamics::bullet::collada {
 
-/// Puts together what the physics scenes instanced by a file's `scene` hold. What can't be used is complained of and left
-/// out.
+/// Puts together what the physics scenes instanced by a file's `scene` hold. What can't be used is complained of and
+/// left out.
 class PhysicsReader {
 public:
     PhysicsReader(const Document& document, const Element& root);
@@ -39,6 +39,7 @@ private:
     Nodes nodes;
     Meshes meshes;
     std::set<const Element*> openModels;
+    int modelInstances = 0;
     Physics physics;
 };
 

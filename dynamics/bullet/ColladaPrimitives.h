@@ -8,7 +8,8 @@
 namespace tessarin::dynamics::bullet::collada {
 
 /// Appends the triangles of a `triangles`, `polylist`, `polygons`, `tristrips` or `trifans` element, by the indices of
-/// their vertices; any other element has none. Indices may be out of range; a negative one becomes the largest there is.
+/// their vertices; any other element has none. Indices may be out of range; a negative one becomes the largest there
+/// is.
 void appendTriangles(const Element& primitives, std::vector<std::array<unsigned, 3>>& triangles);
 
 } // namespace tessarin::dynamics::bullet::collada

@@ -13,7 +13,9 @@ namespace {
 using Geometry = decltype(Shape::geometry);
 
 /// Sizes that a body can have in single precision without its mass or inertia running out of range.
-bool isSize(double size) { return size > 1e-7 && size < 1e9; }
+bool isSize(double size) {
+    return size > 1e-7 && size < 1e9;
+}
 
 /// The numbers of a child element; false if there aren't as many or if one is no size.
 template <std::size_t count>

@@ -22,19 +22,20 @@ struct AnalyticMaker {
     static bool isEqual(double a, double b) { return std::abs(a - b) <= 1e-6 * std::max(a, b); }
 
     std::unique_ptr<btConvexInternalShape> operator()(const collada::Box& box) const {
-        return std::make_unique<btBoxShape>(toBullet(Vector3{
-            box.halfExtents[0] * factor[0], box.halfExtents[1] * factor[1], box.halfExtents[2] * factor[2]}));
+        return std::make_unique<btBoxShape>(toBullet(
+            Vector3{box.halfExtents[0] * factor[0], box.halfExtents[1] * factor[1], box.halfExtents[2] * factor[2]}));
     }
 
     std::unique_ptr<btConvexInternalShape> operator()(const collada::Sphere& sphere) const {
-        return isUniform() ? std::make_unique<btSphereShape>(static_cast<btScalar>(sphere.radius * factor[0])) : nullptr;
+        return isUniform() ? std::make_unique<btSphereShape>(static_cast<btScalar>(sphere.radius * factor[0]))
+                           : nullptr;
     }
 
     std::unique_ptr<btConvexInternalShape> operator()(const collada::Cylinder& cylinder) const {
         const double radius = cylinder.radius[0] * factor[0];
-        return isEqual(factor[0], factor[2])
-                   ? std::make_unique<btCylinderShape>(toBullet(Vector3{radius, cylinder.height / 2 * factor[1], radius}))
-                   : nullptr;
+        return isEqual(factor[0], factor[2]) ? std::make_unique<btCylinderShape>(
+                                                   toBullet(Vector3{radius, cylinder.height / 2 * factor[1], radius}))
+                                             : nullptr;
     }
 
     std::unique_ptr<btConvexInternalShape> operator()(const collada::Capsule& capsule) const {
@@ -96,8 +97,8 @@ public:
         part.m_vertexStride = 3 * sizeof(float);
         part.m_vertexType = PHY_FLOAT;
         data->interface.addIndexedMesh(part, PHY_INTEGER);
-        auto shape = std::make_unique<btBvhTriangleMeshShape>(&data->interface,
-                                                              mesh.triangles.size() < maxCompressedTriangles);
+        auto shape =
+            std::make_unique<btBvhTriangleMeshShape>(&data->interface, mesh.triangles.size() < maxCompressedTriangles);
         // A surface has no inside to hide a margin in, and bodies should lie on it.
         shape->setMargin(0);
         body.triangles.push_back(std::move(data));
@@ -112,7 +113,9 @@ private:
 
 } // namespace
 
-double marginFor(double size) { return 0.04 * size; }
+double marginFor(double size) {
+    return 0.04 * size;
+}
 
 PlacedShape makeCollisionShape(const SolidPiece& piece, const Affine& toFrame, BodyShape& body) {
     return std::visit(ShapeMaker(toFrame, piece.size, body), piece.geometry);

@@ -36,7 +36,8 @@ Bounds boundsOf(const std::vector<Vector3>& points) {
 
 /// The engine counts in single precision, so it gets the points from their middle.
 /// @return by how much the faces have moved inwards; negative if nothing is left.
-double compute(btConvexHullComputer& computer, const std::vector<Vector3>& points, const Vector3& middle, double shrink) {
+double compute(btConvexHullComputer& computer, const std::vector<Vector3>& points, const Vector3& middle,
+               double shrink) {
     std::vector<double> coordinates;
     coordinates.reserve(points.size() * 3);
     for (const Vector3& point : points) {

@@ -8,6 +8,8 @@ log4cpp::Category* const category = logging::Logger::instance()->getCategory("dy
 
 } // namespace
 
-log4cpp::Category* logCategory() { return category; }
+log4cpp::Category* logCategory() {
+    return category;
+}
 
 } // namespace tessarin::dynamics::bullet

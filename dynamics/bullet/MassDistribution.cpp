@@ -65,8 +65,9 @@ void SurfaceMass::addTriangle(const Vector3& a, const Vector3& b, const Vector3&
     const Vector3 sum = a + b + c;
     volume += part;
     firstMoment = firstMoment + sum * (part / 4);
-    secondMoment = secondMoment + (outerProduct(a, a) + outerProduct(b, b) + outerProduct(c, c) +
-                                   outerProduct(sum, sum)) * (part / 20);
+    secondMoment =
+        secondMoment +
+        (outerProduct(a, a) + outerProduct(b, b) + outerProduct(c, c) + outerProduct(sum, sum)) * (part / 20);
 }
 
 MassDistribution SurfaceMass::get() const {

@@ -13,7 +13,9 @@ namespace {
 using logging::Logger;
 
 /// What single precision can hold of a body, its inertia included.
-bool isUsableSize(double size) { return size > 1e-7 && size < 1e9; }
+bool isUsableSize(double size) {
+    return size > 1e-7 && size < 1e9;
+}
 
 class PieceMaker {
 public:
@@ -95,8 +97,8 @@ private:
         const Vector3 stretches = eigenOf(parts.stretch).values;
         const Vector3 half = StretchedShape(primitive, parts.stretch).getHalfExtents();
         const double smallest = *std::min_element(half.begin(), half.end());
-        const double flattest = std::abs(
-            *std::min_element(stretches.begin(), stretches.end(), [](double a, double b) { return std::abs(a) < std::abs(b); }));
+        const double flattest = std::abs(*std::min_element(
+            stretches.begin(), stretches.end(), [](double a, double b) { return std::abs(a) < std::abs(b); }));
         if (!isUsableSize(smallest) || !isUsableSize(*std::max_element(half.begin(), half.end())) ||
             !(flattest > 1e-7)) {
             report(Logger::errorLevel, "with the scale of its node a shape is too small or too large, it is left out");

@@ -8,8 +8,8 @@
 
 namespace tessarin::dynamics::bullet {
 
-/// A box, ball, cylinder or capsule under a stretch that makes something else of it, an ellipsoid for one. Its surface is
-/// exact along the axes of its own frame; elsewhere it is off by parts of the collision margin.
+/// A box, ball, cylinder or capsule under a stretch that makes something else of it, an ellipsoid for one. Its surface
+/// is exact along the axes of its own frame; elsewhere it is off by parts of the collision margin.
 class StretchedShape : public btConvexInternalShape {
 public:
     using Primitive = std::variant<collada::Box, collada::Sphere, collada::Cylinder, collada::Capsule>;

@@ -11,7 +11,20 @@ namespace tessarin::dynamics::bullet {
 
 namespace {
 
-constexpr int solverIterations = 20;
+constexpr int solverIterations = 30;
+
+/// The part of a penetration that is taken back at once. More makes tall stacks tremble.
+constexpr double penetrationRecovery = 0.1;
+
+/// Against the size of a body: what is deeper comes of an impact and is taken back without adding speed, which would be
+/// a bounce; doing that to resting contacts as well lets stacks creep.
+constexpr double restingDepth = 0.02;
+
+/// How long the engine may take at once, as part of the time in which a body falls by half its size. Two boxes of a
+/// metre stacked on earth need 1/120 s; smaller ones fall apart in that.
+constexpr double substepPart = 0.0375;
+constexpr double minSubsteps = 2;
+constexpr double maxSubsteps = 4;
 
 /// Parts of a fixed step that are lost to rounding when times are added up.
 constexpr double timeRounding = 1e-6;
@@ -30,12 +43,17 @@ public:
 
 } // namespace
 
-WorldCore::WorldCore()
-    : dispatcher(&configuration), world(&dispatcher, &broadphase, &solver, &configuration) {
+WorldCore::WorldCore() : dispatcher(&configuration), world(&dispatcher, &broadphase, &solver, &configuration) {
+    // A box on a plane gets its four contacts at once, and not one a step.
+    configuration.setPlaneConvexMultipointIterations(4, 4);
     world.setGravity(btVector3(0, 0, 0));
     // Bounds of what doesn't move stay as they are; whoever puts a body somewhere says so.
     world.setForceUpdateAllAabbs(false);
-    world.getSolverInfo().m_numIterations = solverIterations;
+    btContactSolverInfo& info = world.getSolverInfo();
+    info.m_numIterations = solverIterations;
+    // A single direction of friction lets stacks creep in the other one.
+    info.m_solverMode |= SOLVER_USE_2_FRICTION_DIRECTIONS;
+    info.m_erp2 = static_cast<btScalar>(penetrationRecovery);
 }
 
 WorldCore::~WorldCore() = default;
@@ -58,18 +76,37 @@ int WorldCore::step(double seconds) {
 }
 
 void WorldCore::runFixedStep() {
-    // Without substeps of its own the engine takes the time as it is, in one step.
-    world.stepSimulation(static_cast<btScalar>(fixedStep), 0);
+    const int substeps = countSubsteps();
+    world.getSolverInfo().m_splitImpulsePenetrationThreshold = static_cast<btScalar>(-restingDepth * smallestSize);
+    for (int i = 0; i < substeps; ++i) {
+        // Told to make no steps of its own, the engine takes the time as it is, in one step.
+        world.stepSimulation(static_cast<btScalar>(fixedStep / substeps), 0);
+    }
     ++stepCount;
     watchBodies();
 }
 
+int WorldCore::countSubsteps() const {
+    const double pull = length(gravity);
+    const double wanted = pull > 0 && smallestSize > 0 ? fixedStep / (substepPart * std::sqrt(smallestSize / pull)) : 0;
+    return static_cast<int>(std::ceil(std::clamp(wanted, minSubsteps, maxSubsteps)));
+}
+
 void WorldCore::watchBodies() {
+    smallestSize = 0;
     const auto& bodies = world.getNonStaticRigidBodies();
     for (int i = 0; i < bodies.size(); ++i) {
+        auto* body = static_cast<BulletBody*>(bodies[i]->getUserPointer());
+        body->onStepped();
         if (bodies[i]->isActive()) {
-            static_cast<BulletBody*>(bodies[i]->getUserPointer())->onStepped();
+            noteSize(body->getSize());
         }
+    }
+}
+
+void WorldCore::noteSize(double size) {
+    if (!(smallestSize > 0) || size < smallestSize) {
+        smallestSize = size;
     }
 }
 
@@ -84,16 +121,19 @@ void WorldCore::setGravity(const Vector3& acceleration) {
 }
 
 void WorldCore::setThresholds(btRigidBody& body) const {
-    // Slower than a small part of its own size a second, a body that lies on something is at rest. Where nothing pulls it
-    // down it drifts, and hardly ever is.
+    // A body that for a while moves by no more than part of its size a second is at rest, unless that is what it falls
+    // with meanwhile. Where nothing pulls it down it drifts, and hardly ever is at rest.
     const double size = static_cast<BulletBody*>(body.getUserPointer())->getSize();
-    const double part = length(gravity) > 0 ? 0.1 : 0.001;
-    body.setSleepingThresholds(static_cast<btScalar>(part * size), static_cast<btScalar>(part));
+    const double pull = length(gravity);
+    const double part = pull > 0 ? 0.2 : 0.001;
+    const double linear = pull > 0 ? std::min(part * size, 0.05 * pull) : part * size;
+    body.setSleepingThresholds(static_cast<btScalar>(linear), static_cast<btScalar>(part));
 }
 
 void WorldCore::add(btRigidBody& body) {
     if (!body.isStaticObject()) {
         setThresholds(body);
+        noteSize(static_cast<BulletBody*>(body.getUserPointer())->getSize());
     }
     world.addRigidBody(&body);
     wakeAround(body);

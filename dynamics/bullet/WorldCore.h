@@ -8,8 +8,8 @@
 
 namespace tessarin::dynamics::bullet {
 
-/// The engine behind a world. The world and each of its bodies hold it, so it goes with the last of them and nobody ever
-/// meets an engine that is gone.
+/// The engine behind a world. The world and each of its bodies hold it, so it goes with the last of them and nobody
+/// ever meets an engine that is gone.
 class WorldCore {
 public:
     WorldCore();
@@ -46,7 +46,9 @@ public:
 
 private:
     void runFixedStep();
+    int countSubsteps() const;
     void watchBodies();
+    void noteSize(double size);
     void setThresholds(btRigidBody& body) const;
 
     btDefaultCollisionConfiguration configuration;
@@ -58,6 +60,9 @@ private:
     Vector3 gravity = {0, 0, 0};
     double fixedStep = 1.0 / 60;
     double timeLeft = 0;
+
+    /// Of the bodies that were awake in the last step or came since; 0 if there are none.
+    double smallestSize = 0;
     std::uint64_t stepCount = 0;
 };
 
