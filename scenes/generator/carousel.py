@@ -52,20 +52,22 @@ def model():
     document.material("lemon", (0.95, 0.82, 0.38), shininess=60, specular=0.4)
     document.material("gold", (0.80, 0.62, 0.25), shininess=90, specular=0.8)
     document.material("boards", (0.62, 0.45, 0.30))
+    document.material("lawn", (0.50, 0.62, 0.40), specular=0)
     document.material("slate", (0.40, 0.44, 0.50), specular=0.1)
 
-    base, platform, turntable = Mesh(), Mesh(), Mesh()
+    ground, base, platform, turntable = Mesh(), Mesh(), Mesh(), Mesh()
+    lathe(ground, "lawn", [(40, -0.05), (0, -0.05)], 48)
     lathe(base, "slate", [(4.4, 0), (4.4, 0.12), (4.0, 0.12), (4.0, 0.24), (0, 0.24)], 64)
     lathe(base, "gold", [(0.16, 0.24), (0.16, 3.3)], 24)
     lathe(platform, "boards", [(3.6, 0), (3.6, 0.1), (0.3, 0.1)], 64)
     lathe(platform, "gold", [(3.62, 0.02), (3.65, 0.05), (3.62, 0.08)], 64)
     lathe(turntable, "cream", [(1.35, 0), (1.35, 0.06), (0, 0.06)], 48)
     lathe(turntable, "rose", [(0.28, 0.06), (0.24, 0.4), (0, 0.46)], 24)
-    for name, mesh in (("base", base), ("platform", platform), ("turntable", turntable), ("cup", cup()),
+    for name, mesh in (("ground", ground), ("base", base), ("platform", platform), ("turntable", turntable), ("cup", cup()),
                        ("canopy", canopy())):
         document.geometry(name, mesh)
 
-    for name in ("base", "platform", "canopy"):
+    for name in ("ground", "base", "platform", "canopy"):
         document.node(name, name)
     for table, glazes in CUPS.items():
         document.node(f"turntable_{table}", "turntable")

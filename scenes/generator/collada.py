@@ -71,15 +71,14 @@ class Document:
       </mesh>
     </geometry>""")
 
-    def node(self, name, geometry, translate=(0, 0, 0), rotate_z=0, rotate_y=0, bind=None):
+    def node(self, name, geometry, translate=(0, 0, 0), rotate_z=0, bind=None):
         """`bind` maps the geometry's slots to materials; a slot that it leaves out is the material of that name."""
         bind = bind or {}
         instances = "".join(f'<instance_material symbol="{slot}" target="#{bind.get(slot, slot)}"/>'
                             for slot in self.used_materials[geometry])
-        turns = "".join(f"<rotate>{axis} {numbers([angle])}</rotate>"
-                        for axis, angle in (("0 0 1", rotate_z), ("0 1 0", rotate_y)) if angle)
+        turn = f"<rotate>0 0 1 {numbers([rotate_z])}</rotate>" if rotate_z else ""
         self.nodes.append(f"""      <node id="{name}" name="{name}">
-        <translate>{numbers(translate)}</translate>{turns}
+        <translate>{numbers(translate)}</translate>{turn}
         <instance_geometry url="#{geometry}">
           <bind_material><technique_common>{instances}</technique_common></bind_material>
         </instance_geometry>

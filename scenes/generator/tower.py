@@ -46,13 +46,13 @@ def model():
     document.physics_material("iron", 0.4, 0.2)
     document.rigid_body("brick", [f"<box><half_extents>{BRICK[0]} {BRICK[1]} {BRICK[2]}</half_extents></box>"],
                         "stone", mass=4)
-    document.rigid_body("ball", ["<sphere><radius>0.4</radius></sphere>"], "iron", mass=120)
+    document.rigid_body("ball", ["<sphere><radius>0.4</radius></sphere>"], "iron", mass=45)
     document.rigid_body("ground", ["<box><half_extents>30 30 0.25</half_extents></box>"], "stone")
 
     document.node("ground", "ground", (0, 0, -0.25))
     document.instance("ground", "ground")
-    document.node("ball", "ball", (-7, 1.2, 0.9))
-    document.instance("ball", "ball", velocity=(11, -1.4, 2.2))
+    document.node("ball", "ball", (-2.9, 0.3, 1.3))
+    document.instance("ball", "ball", velocity=(8, -0.7, 1.2))
     stones = random.Random(7)
     for name, place, turn in bricks():
         document.node(name, "brick", place, rotate_z=turn, bind={"stone": stones.choice(STONES)})

@@ -1,5 +1,6 @@
 """Makes models/truck.dae: a flatbed truck whose body and wheels are bodies of their own, a ramp and some cargo."""
 
+import math
 import pathlib
 
 from collada import Document
@@ -8,6 +9,7 @@ from meshes import Mesh, box, lathe
 WHEEL_RADIUS, WHEEL_HALF_WIDTH = 0.45, 0.16
 AXLES = {"front": 1.45, "rear": -1.35}
 SIDES = {"left": 0.86, "right": -0.86}
+RAMP = (4.4, 3, 1)  # length, width, height at the far end
 CHASSIS_HEIGHT = 0.68  # the origin of the truck's body above the ground
 
 
@@ -40,6 +42,18 @@ def body_mesh():
         box(mesh, "wood", (1.18, 0.04, 0.16), (-1.22, side * 0.95, 0.54), bevel=0.02)
     box(mesh, "wood", (0.04, 0.91, 0.16), (-2.36, 0, 0.54), bevel=0.02)
     return mesh
+
+
+def wedge(mesh, material, size):
+    length, width, height = size
+    left, right = ([(0, y, 0), (length, y, 0), (length, y, height)] for y in (width / 2, -width / 2))
+    faces = [((0, 1, 0), left), ((0, -1, 0), right), ((0, 0, -1), [left[0], left[1], right[1], right[0]]),
+             ((1, 0, 0), [left[1], left[2], right[2], right[1]]),
+             ((-height, 0, length), [left[0], left[2], right[2], right[0]])]
+    for normal, corners in faces:
+        vertices = [mesh.vertex(corner, normal) for corner in corners]
+        for b, c in zip(vertices[1:], vertices[2:]):
+            mesh.triangle(material, vertices[0], b, c)
 
 
 def wheel_mesh():
@@ -82,7 +96,10 @@ def bodies(document):
     document.rigid_body("crate", [shape_box((0.35, 0.35, 0.35), (0, 0, 0))], "timber", mass=30)
     document.rigid_body("barrel", ["<cylinder><height>0.9</height><radius>0.3 0.3</radius></cylinder>"
                                    "<rotate>1 0 0 90</rotate>"], "metal", mass=40)
-    document.rigid_body("ramp", [shape_box((2.2, 1.5, 0.1), (0, 0, 0))], "timber")
+    slope = math.degrees(math.atan2(RAMP[2], RAMP[0]))
+    document.rigid_body("ramp", [f"<translate>{RAMP[0] / 2} 0 {RAMP[2] / 2}</translate><rotate>0 1 0 {-slope:.4g}</rotate>"
+                                 f"<translate>0 0 -0.05</translate><box><half_extents>"
+                                 f"{math.hypot(RAMP[0], RAMP[2]) / 2:.4g} {RAMP[1] / 2} 0.05</half_extents></box>"], "timber")
     document.rigid_body("ground", [shape_box((40, 40, 0.25), (0, 0, 0))], "rubber")
 
 
@@ -107,25 +124,25 @@ def model():
         box(crate, "wood", (0.35, 0.05, 0.05), (0, x * 0.3, y * 0.3), bevel=0.01)
     lathe(barrel, "blue", [(0, -0.45), (0.27, -0.45), (0.3, -0.42), (0.3, -0.18), (0.28, -0.15), (0.3, -0.12),
                            (0.3, 0.12), (0.28, 0.15), (0.3, 0.18), (0.3, 0.42), (0.27, 0.45), (0, 0.45)], 32)
-    box(ramp, "wood", (2.2, 1.5, 0.1), bevel=0.02)
+    wedge(ramp, "wood", RAMP)
     box(ground, "yard", (40, 40, 0.25))
     for name, mesh in (("truck-body", body_mesh()), ("wheel", wheel_mesh()), ("crate", crate), ("barrel", barrel),
                        ("ramp", ramp), ("ground", ground)):
         document.geometry(name, mesh)
 
     bodies(document)
-    placed = [("ground", "ground", "ground", (0, 0, -0.25), 0),
-              ("truck", "truck-body", "truck", (0, 0, CHASSIS_HEIGHT), 0),
-              ("ramp", "ramp", "ramp", (7, 0, 0.5), -13),
-              ("crate_on_bed", "crate", "crate", (-0.9, 0.3, CHASSIS_HEIGHT + 0.75), 0),
-              ("crate_low", "crate", "crate", (1.2, 3.2, 0.35), 0),
-              ("crate_high", "crate", "crate", (1.25, 3.15, 1.06), 0),
-              ("barrel_on_bed", "barrel", "barrel", (-1.8, -0.2, CHASSIS_HEIGHT + 0.86), 0),
-              ("barrel_left", "barrel", "barrel", (3.2, -2.6, 0.46), 0),
-              ("barrel_right", "barrel", "barrel", (3.95, -2.75, 0.46), 0)]
-    placed += [(name, "wheel", name, place, 0) for name, place in wheels()]
-    for name, geometry, body, place, turn in placed:
-        document.node(name, geometry, place, rotate_y=turn)
+    placed = [("ground", "ground", "ground", (0, 0, -0.25)),
+              ("truck", "truck-body", "truck", (0, 0, CHASSIS_HEIGHT)),
+              ("ramp", "ramp", "ramp", (4.6, 0, 0)),
+              ("crate_on_bed", "crate", "crate", (-0.9, 0.3, CHASSIS_HEIGHT + 0.75)),
+              ("crate_low", "crate", "crate", (4.0, 2.4, 0.35)),
+              ("crate_high", "crate", "crate", (4.05, 2.35, 1.06)),
+              ("barrel_on_bed", "barrel", "barrel", (-1.8, -0.2, CHASSIS_HEIGHT + 0.86)),
+              ("barrel_left", "barrel", "barrel", (3.2, -2.6, 0.46)),
+              ("barrel_right", "barrel", "barrel", (3.95, -2.75, 0.46))]
+    placed += [(name, "wheel", name, place) for name, place in wheels()]
+    for name, geometry, body, place in placed:
+        document.node(name, geometry, place)
         document.instance(body, name)
     return document
 

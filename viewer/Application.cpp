@@ -1,0 +1,130 @@
+#include <viewer/Application.h>
+
+#include <viewer/FrameLoop.h>
+#include <viewer/Framing.h>
+#include <viewer/Scene.h>
+#include <viewer/ViewerError.h>
+#include <viewer/Window.h>
+
+#include <logging/Logger.h>
+
+#include <osg/ApplicationUsage>
+#include <osg/ArgumentParser>
+#include <osg/Notify>
+#include <osg/Timer>
+#include <osgDB/FileNameUtils>
+#include <osgDB/Registry>
+
+#include <cstdlib>
+#include <exception>
+#include <memory>
+#include <ostream>
+
+namespace tessarin::viewer {
+
+namespace {
+
+constexpr double frameSeconds = 1.0 / 60;
+
+/// What is wrong is told in one line of our own; who wants OpenSceneGraph's messages asks for them.
+void quietOpenSceneGraph() {
+    if (!std::getenv("OSG_NOTIFY_LEVEL") && !std::getenv("OSGNOTIFYLEVEL"))
+        osg::setNotifyLevel(osg::ALWAYS);
+}
+
+void requirePictureFormat(const std::filesystem::path& file) {
+    const std::string extension = osgDB::getLowerCaseFileExtension(file.string());
+    if (extension.empty() || !osgDB::Registry::instance()->getReaderWriterForExtension(extension))
+        throw ViewerError(file.string() + ": no format for pictures; name it like picture.png");
+}
+
+/// Null where nothing is to be drawn, since there is no display and none is needed.
+std::unique_ptr<Window> openWindow(const Options& options, Scene& scene, osg::ApplicationUsage& usage) {
+    const std::string title = "tessarin_viewer - " + options.file.filename().string();
+    if (const osg::ref_ptr<osg::GraphicsContext> context = Window::open(title, options.width, options.height))
+        return std::make_unique<Window>(*context, scene.getGraph(), usage);
+    if (!options.snapshot.empty())
+        throw ViewerError("--snapshot " + options.snapshot.string() + ": there is no display to draw on");
+    if (!options.frames)
+        throw ViewerError("there is no display to open a window on; --frames N runs without one");
+    return nullptr;
+}
+
+} // namespace
+
+Application::Application(std::ostream& output, std::ostream& errors) : out(output), err(errors) {}
+
+int Application::run(int argumentCount, char** arguments) {
+    try {
+        quietOpenSceneGraph();
+        osg::ArgumentParser parser(&argumentCount, arguments);
+        osg::ApplicationUsage& usage = *parser.getApplicationUsage();
+        Options::describe(usage);
+        runTask(Options::parse(parser), usage);
+        return 0;
+    } catch (const std::exception& error) {
+        err << "tessarin_viewer: " << error.what() << std::endl;
+        return 1;
+    }
+}
+
+void Application::runTask(const Options& options, osg::ApplicationUsage& usage) {
+    switch (options.task) {
+    case Options::Task::SHOW_HELP:
+        usage.write(out, osg::ApplicationUsage::COMMAND_LINE_OPTION);
+        break;
+    case Options::Task::SHOW_VERSION:
+        out << "tessarin_viewer " << TESSARIN_VERSION << '\n';
+        break;
+    case Options::Task::RUN:
+        runScene(options, usage);
+        break;
+    }
+}
+
+void Application::runScene(const Options& options, osg::ApplicationUsage& usage) {
+    if (options.logLevel)
+        logging::Logger::instance()->setLevel(*options.logLevel);
+    if (!options.snapshot.empty())
+        requirePictureFormat(options.snapshot);
+
+    Scene scene(options.file, options.patches);
+    const std::unique_ptr<Window> window = openWindow(options, scene, usage);
+    if (window)
+        window->lookAt(findSubject(scene.getGraph()));
+    else
+        out << "There is no display, so nothing is drawn.\n";
+
+    FrameLoop loop(scene);
+    if (options.frames)
+        runFrames(options, loop, window.get());
+    else
+        runUntilClosed(options, loop, *window);
+    if (!options.document.empty())
+        scene.write(options.document);
+}
+
+void Application::runFrames(const Options& options, FrameLoop& loop, Window* window) {
+    const long frames = *options.frames;
+    for (long frame = 1; frame <= frames; ++frame) {
+        loop.frame(frameSeconds);
+        if (window && (frame < frames || options.snapshot.empty()))
+            window->draw(loop.getTime());
+    }
+    if (!options.snapshot.empty())
+        window->drawPicture(loop.getTime(), options.snapshot);
+}
+
+void Application::runUntilClosed(const Options& options, FrameLoop& loop, Window& window) {
+    if (!options.snapshot.empty())
+        window.drawPicture(loop.getTime(), options.snapshot);
+    osg::Timer_t before = osg::Timer::instance()->tick();
+    while (!window.isDone()) {
+        const osg::Timer_t now = osg::Timer::instance()->tick();
+        loop.frame(osg::Timer::instance()->delta_s(before, now));
+        before = now;
+        window.draw(loop.getTime());
+    }
+}
+
+} // namespace tessarin::viewer

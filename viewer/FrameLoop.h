@@ -1,0 +1,32 @@
+#pragma once
+
+namespace tessarin::viewer {
+
+class Scene;
+
+/// Drives a scene frame by frame: steps its physics in fixed steps and sends its agents the six events of a frame.
+class FrameLoop {
+public:
+    /// The scene is to outlive the loop; it may be reloaded meanwhile.
+    explicit FrameLoop(Scene& scene);
+
+    /// One frame: PRE_PHYSICS_UPDATE; for each fixed step that is due, PRE_PHYSICS_TICK, the step and
+    /// POST_PHYSICS_TICK; POST_PHYSICS_UPDATE, UPDATE and POST_UPDATE.
+    ///
+    /// What is left of the time counts with the next frame. A frame that took very long is cut short, so that a slow
+    /// machine shows the scene slowly instead of falling behind further and further.
+    /// @param seconds since the frame before.
+    void frame(double seconds);
+
+    /// Seconds of the frames so far.
+    double getTime() const { return time; }
+
+private:
+    int takeDueSteps(double seconds);
+
+    Scene& scene;
+    double time = 0;
+    double backlog = 0;
+};
+
+} // namespace tessarin::viewer

@@ -1,0 +1,20 @@
+#include <viewer/LibrarySetup.h>
+
+#include <viewer/ModelLoader.h>
+#include <viewer/SpinBehaviour.h>
+
+#include <agent/SimObjectDB.h>
+#include <agent/SimObjectFactory.h>
+#include <agent/VisualModelComponent.h>
+
+namespace tessarin::viewer {
+
+void setUpLibrary() {
+    static ModelLoader modelLoader;
+    agent::VisualModelComponent::setModelLoader(&modelLoader);
+
+    static agent::SimObjectFactoryFor<SpinBehaviour> spinBehaviours;
+    agent::SimObjectDB::instance()->registerFactory(&spinBehaviours, "SpinBehaviour");
+}
+
+} // namespace tessarin::viewer

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace osg {
+class ApplicationUsage;
+class ArgumentParser;
+} // namespace osg
+
+namespace tessarin::viewer {
+
+/// What the command line asks for.
+struct Options {
+    enum class Task { RUN, SHOW_HELP, SHOW_VERSION };
+
+    Task task = Task::RUN;
+    std::filesystem::path file;
+    std::vector<std::filesystem::path> patches;
+    std::optional<long> frames;
+    std::filesystem::path snapshot;
+    std::filesystem::path document;
+    int width = 1280;
+    int height = 720;
+    std::optional<int> logLevel;
+
+    /// Reads the command line and takes what it has read out of the parser.
+    /// @throws ViewerError for an option that is unknown, lacks its value or has a bad one, and if FILE is missing.
+    static Options parse(osg::ArgumentParser& arguments);
+
+    /// Describes the program and its options, for --help and for the help screen.
+    static void describe(osg::ApplicationUsage& usage);
+};
+
+} // namespace tessarin::viewer

@@ -1,0 +1,189 @@
+#include <viewer/Scene.h>
+
+#include <viewer/Document.h>
+#include <viewer/LibrarySetup.h>
+#include <viewer/ModelLoader.h>
+#include <viewer/ViewerError.h>
+
+#include <agent/AgentNode.h>
+#include <agent/GeometryComponent.h>
+#include <agent/RigidBodyComponent.h>
+#include <agent/VisualModelComponent.h>
+#include <dynamics/bullet/BulletDynamicsWorld.h>
+#include <sceneutils/FindNodeVisitor.h>
+
+#include <osgDB/FileNameUtils>
+
+namespace tessarin::viewer {
+
+using agent::AgentNode;
+using agent::VisualModelComponent;
+using xml_parser::XMLNode;
+
+/// The agents go before their world.
+struct Scene::Content {
+    std::unique_ptr<dynamics::bullet::BulletDynamicsWorld> world =
+        std::make_unique<dynamics::bullet::BulletDynamicsWorld>();
+    std::unique_ptr<AgentNode> root;
+};
+
+namespace {
+
+/// Makes a world that of all agents as long as this stands, and for good once it is kept.
+class WorldInUse {
+public:
+    explicit WorldInUse(dynamics::DynamicsWorld& world) : before(AgentNode::dynamicsWorld) {
+        AgentNode::dynamicsWorld = &world;
+    }
+    ~WorldInUse() {
+        if (!isKept)
+            AgentNode::dynamicsWorld = before;
+    }
+    WorldInUse(const WorldInUse&) = delete;
+    WorldInUse& operator=(const WorldInUse&) = delete;
+    void keep() { isKept = true; }
+
+private:
+    dynamics::DynamicsWorld* before;
+    bool isKept = false;
+};
+
+VisualModelComponent* modelOf(AgentNode& agent) {
+    return dynamic_cast<VisualModelComponent*>(agent.getComponent("VisualModelComponent"));
+}
+
+/// The path of a model of the branch that was not to be read; empty if there is none.
+std::string findUnreadModel(AgentNode& agent) {
+    std::string unread;
+    agent.visitComponents([&](agent::Component* component) {
+        VisualModelComponent* const model = dynamic_cast<VisualModelComponent*>(component);
+        if (model && !model->getModel())
+            unread = model->getAsString("filePath");
+    });
+    for (auto child = agent.getChildren().begin(); unread.empty() && child != agent.getChildren().end(); ++child)
+        unread = findUnreadModel(**child);
+    return unread;
+}
+
+void requireModels(AgentNode& root, const std::filesystem::path& file) {
+    const std::string unread = findUnreadModel(root);
+    if (!unread.empty())
+        throw ViewerError(file.string() + ": the model " + unread + " can't be read");
+}
+
+/// Lets the agents stand where their bodies are, before the first frame: they may be written before they are ever
+/// updated.
+void placeAgents(AgentNode& agent) {
+    if (agent::RigidBodyComponent* const rigidBody = agent.getRigidBody())
+        if (rigidBody->getBody())
+            rigidBody->update();
+    for (AgentNode* child : agent.getChildren())
+        placeAgents(*child);
+}
+
+void addGeometry(XMLNode& agent) {
+    agent.addChild("Component")->attributes = {{"class", "GeometryComponent"}, {"name", "GeometryComponent"}};
+}
+
+/// Shows the model of an agent: each body's node on the agent of that body, and what belongs to no body on the agent
+/// itself.
+void showModel(AgentNode& root) {
+    const osg::ref_ptr<osg::Node> model = modelOf(root)->getModel();
+    // By its name an agent takes a single node. This one is to take all that its children leave.
+    for (bool isTaken = true; isTaken;) {
+        sceneutils::FindNodeVisitor finder(root.getName());
+        model->accept(finder);
+        isTaken = finder.getFirst() != nullptr;
+        if (isTaken)
+            root.setName(root.getName() + "_scene");
+    }
+
+    XMLNode document("AgentNode", nullptr);
+    document.attributes["name"] = root.getName();
+    if (model->getBound().valid())
+        addGeometry(document);
+    for (AgentNode* child : root.getChildren()) {
+        XMLNode* const element = document.addChild("AgentNode");
+        element->attributes["name"] = child->getName();
+        addGeometry(*element);
+    }
+    root.modifyWithXml(&document);
+}
+
+std::unique_ptr<AgentNode> loadModel(const std::filesystem::path& file) {
+    ModelLoader::check(file);
+    const std::unique_ptr<XMLNode> document = Document::ofModel(file, file.stem().string());
+    std::unique_ptr<AgentNode> root(AgentNode::createFromXml(document.get()));
+    if (!modelOf(*root)->getModel())
+        throw ViewerError(file.string() + ": neither an agent document nor a model that can be read");
+    showModel(*root);
+    return root;
+}
+
+std::unique_ptr<AgentNode> loadDocument(const std::filesystem::path& file) {
+    const Document document(file);
+    std::unique_ptr<AgentNode> root(AgentNode::createFromXml(document.getRoot()));
+    requireModels(*root, file);
+    root->modifyWithXml(placementOf(*document.getRoot()).get());
+    return root;
+}
+
+void applyDocument(AgentNode& root, const std::filesystem::path& file) {
+    const Document document(file);
+    root.modifyWithXml(document.getRoot());
+    requireModels(root, file);
+    root.modifyWithXml(placementOf(*document.getRoot()).get());
+}
+
+} // namespace
+
+Scene::Scene(std::filesystem::path fileToShow, std::vector<std::filesystem::path> patchesToApply)
+    : file(std::move(fileToShow)), patches(std::move(patchesToApply)) {
+    setUpLibrary();
+    reload();
+}
+
+Scene::~Scene() {
+    content->root.reset();
+    AgentNode::dynamicsWorld = nullptr;
+}
+
+void Scene::reload() {
+    std::unique_ptr<Content> fresh = load();
+    graph->removeChildren(0, graph->getNumChildren());
+    graph->addChild(fresh->root->getOsgTransform());
+    if (content)
+        content->root.reset();
+    content = std::move(fresh);
+}
+
+void Scene::apply(const std::filesystem::path& patch) {
+    applyDocument(getRoot(), patch);
+}
+
+void Scene::write(const std::filesystem::path& document) {
+    const std::unique_ptr<XMLNode> branch(getRoot().createXml());
+    Document::write(*branch, document);
+}
+
+AgentNode& Scene::getRoot() {
+    return *content->root;
+}
+
+dynamics::bullet::BulletDynamicsWorld& Scene::getWorld() {
+    return *content->world;
+}
+
+std::unique_ptr<Scene::Content> Scene::load() const {
+    auto fresh = std::make_unique<Content>();
+    WorldInUse use(*fresh->world);
+    const bool isDocument = osgDB::getLowerCaseFileExtension(file.string()) == "xml";
+    fresh->root = isDocument ? loadDocument(file) : loadModel(file);
+    for (const std::filesystem::path& patch : patches)
+        applyDocument(*fresh->root, patch);
+    placeAgents(*fresh->root);
+    use.keep();
+    return fresh;
+}
+
+} // namespace tessarin::viewer

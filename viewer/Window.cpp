@@ -1,0 +1,108 @@
+#include <viewer/Window.h>
+
+#include <viewer/Framing.h>
+#include <viewer/Sky.h>
+#include <viewer/Snapshot.h>
+#include <viewer/ViewerError.h>
+
+#include <osg/ApplicationUsage>
+#include <osgGA/StateSetManipulator>
+#include <osgViewer/ViewerEventHandlers>
+
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <thread>
+
+namespace tessarin::viewer {
+
+osg::ref_ptr<osg::GraphicsContext> Window::open(const std::string& title, int width, int height) {
+    const osg::ref_ptr<osg::GraphicsContext::Traits> traits = new osg::GraphicsContext::Traits;
+    traits->readDISPLAY();
+    traits->setUndefinedScreenDetailsToDefaultScreen();
+    traits->windowName = title;
+    traits->windowDecoration = true;
+    traits->width = width;
+    traits->height = height;
+    traits->doubleBuffer = true;
+    traits->sampleBuffers = 1;
+    traits->samples = 4;
+    if (traits->displayNum < 0 || !std::getenv("DISPLAY"))
+        return nullptr;
+
+    // A virtual display begins anew whenever its last client has gone, and answers nobody meanwhile.
+    constexpr int mostTries = 10;
+    osg::ref_ptr<osg::GraphicsContext> context = osg::GraphicsContext::createGraphicsContext(traits);
+    for (int tries = 1; !context && tries < mostTries; ++tries) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        if (tries == mostTries - 1)
+            traits->sampleBuffers = traits->samples = 0; // a picture with rough edges is better than none
+        context = osg::GraphicsContext::createGraphicsContext(traits);
+    }
+    return context;
+}
+
+Window::Window(osg::GraphicsContext& context, osg::Node& scene, osg::ApplicationUsage& usage) {
+    viewer.setThreadingModel(osgViewer::ViewerBase::SingleThreaded);
+    viewer.setLightingMode(osg::View::NO_LIGHT); // the scene brings its sun along
+    setUpCamera(context);
+
+    const osg::ref_ptr<osg::Group> root = new osg::Group;
+    daylight.getGroup().addChild(&scene);
+    root->addChild(&daylight.getGroup());
+    root->addChild(makeSky());
+    viewer.setSceneData(root);
+    viewer.setCameraManipulator(trackball, false);
+    addHandlers(usage);
+    viewer.realize();
+}
+
+void Window::setUpCamera(osg::GraphicsContext& context) {
+    const int width = context.getTraits()->width;
+    const int height = context.getTraits()->height;
+    osg::Camera& camera = *viewer.getCamera();
+    camera.setGraphicsContext(&context);
+    camera.setViewport(0, 0, width, height);
+    camera.setProjectionMatrixAsPerspective(30, double(width) / height, 1, 10000);
+    if (osgViewer::GraphicsWindow* const window = dynamic_cast<osgViewer::GraphicsWindow*>(&context))
+        window->getEventQueue()->getCurrentEventState()->setWindowRectangle(0, 0, width, height);
+}
+
+void Window::addHandlers(osg::ApplicationUsage& usage) {
+    viewer.addEventHandler(new osgViewer::StatsHandler);
+    viewer.addEventHandler(new osgViewer::WindowSizeHandler);
+    viewer.addEventHandler(new osgViewer::ScreenCaptureHandler);
+    viewer.addEventHandler(new osgGA::StateSetManipulator(viewer.getCamera()->getOrCreateStateSet()));
+    viewer.addEventHandler(new osgViewer::HelpHandler(&usage));
+    viewer.getUsage(usage);
+}
+
+void Window::lookAt(const osg::BoundingBoxd& subject) {
+    const osg::BoundingBoxd box =
+        subject.valid() && subject.radius() > 0 ? subject : osg::BoundingBoxd(-1, -1, -1, 1, 1, 1);
+    double vertical = 30, aspect = 1, near = 0, far = 0;
+    viewer.getCamera()->getProjectionMatrixAsPerspective(vertical, aspect, near, far);
+    const double halfHeight = 0.8 * std::tan(osg::DegreesToRadians(vertical) / 2); // with a margin around it
+    osg::Vec3d direction(-0.45, -1, 0.42);
+    direction.normalize();
+    const double distance = findDistance(box, direction, halfHeight * aspect, halfHeight);
+    trackball->setAutoComputeHomePosition(false);
+    trackball->setHomePosition(box.center() + direction * distance, box.center(), osg::Vec3d(0, 0, 1));
+    trackball->home(0);
+    daylight.setSubject(osg::BoundingSphered(box.center(), box.radius()));
+}
+
+void Window::draw(double time) {
+    viewer.frame(time);
+}
+
+void Window::drawPicture(double time, const std::filesystem::path& file) {
+    const osg::ref_ptr<Snapshot> snapshot = new Snapshot(file);
+    const osg::ref_ptr<osgViewer::ScreenCaptureHandler> handler = new osgViewer::ScreenCaptureHandler(snapshot, 1);
+    handler->captureNextFrame(viewer);
+    viewer.frame(time);
+    if (!snapshot->isWritten())
+        throw ViewerError(file.string() + ": the picture can't be written");
+}
+
+} // namespace tessarin::viewer

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <viewer/Daylight.h>
+
+#include <osg/BoundingBox>
+#include <osg/GraphicsContext>
+#include <osg/Node>
+#include <osg/ref_ptr>
+#include <osgGA/TrackballManipulator>
+#include <osgViewer/Viewer>
+
+#include <filesystem>
+#include <string>
+
+namespace osg {
+class ApplicationUsage;
+}
+
+namespace tessarin::viewer {
+
+/// The window in which a scene is shown, with the camera and the keys that OpenSceneGraph's users know. Drawing is done
+/// by the caller's thread alone, since agents belong to one thread.
+class Window {
+public:
+    /// Opens a window, still without a scene.
+    /// @return null if there is no display to open it on.
+    static osg::ref_ptr<osg::GraphicsContext> open(const std::string& title, int width, int height);
+
+    /// @param context of a window.
+    /// @param usage what the help screen shows; the keys are added to it.
+    Window(osg::GraphicsContext& context, osg::Node& scene, osg::ApplicationUsage& usage);
+
+    /// Puts the camera where the subject fills the picture, now and whenever the person asks for home.
+    void lookAt(const osg::BoundingBoxd& subject);
+
+    /// Shows one frame.
+    /// @param time of the simulation, in seconds.
+    void draw(double time);
+
+    /// Shows one frame and leaves a picture of it.
+    /// @throws ViewerError if the picture can't be written.
+    void drawPicture(double time, const std::filesystem::path& file);
+
+    /// True when the person has closed the window.
+    bool isDone() const { return viewer.done(); }
+
+    osgViewer::Viewer& getViewer() { return viewer; }
+
+private:
+    void setUpCamera(osg::GraphicsContext& context);
+    void addHandlers(osg::ApplicationUsage& usage);
+
+    osgViewer::Viewer viewer;
+    Daylight daylight;
+    osg::ref_ptr<osgGA::TrackballManipulator> trackball = new osgGA::TrackballManipulator;
+};
+
+} // namespace tessarin::viewer
