@@ -78,22 +78,22 @@ void appendNumber(std::string& text, Number value) {
         text.append(buffer, end);
 }
 
-template <class Numbers>
-std::string writeNumbers(const Numbers& values, unsigned count) {
+template <class Index, class Numbers>
+std::string writeNumbers(const Numbers& values, Index count) {
     std::string text;
-    for (unsigned i = 0; i < count; ++i) {
+    for (Index i = 0; i < count; ++i) {
         if (i > 0)
             text += ' ';
-        appendNumber(text, values[static_cast<int>(i)]);
+        appendNumber(text, values[i]);
     }
     return text;
 }
 
-template <class Numbers>
-bool readNumbers(std::string_view text, Numbers& values, unsigned count) {
+template <class Index, class Numbers>
+bool readNumbers(std::string_view text, Numbers& values, Index count) {
     Numbers read = values;
-    for (unsigned i = 0; i < count; ++i)
-        if (!readNumber(nextWord(text), read[static_cast<int>(i)]))
+    for (Index i = 0; i < count; ++i)
+        if (!readNumber(nextWord(text), read[i]))
             return false;
     if (!nextWord(text).empty())
         return false;
