@@ -34,6 +34,7 @@ osg::ref_ptr<osg::Node> ColladaFile::readModel() const {
         options->getDatabasePathList().push_back(path.parent_path().string());
         std::stringstream text;
         reader.getRoot()->printBranch(text, 0);
+        text << '\0'; // the plugin copies the stream byte for byte and takes the copy for a C string
         model = plugin->readNode(text, options).takeNode();
     } else {
         model = osgDB::readRefNodeFile(path.string());

@@ -4,9 +4,11 @@
 #include <viewer/ColladaFile.h>
 #include <viewer/ViewerError.h>
 
+#include <osg/Geometry>
 #include <osg/LightSource>
+#include <osg/Math>
 #include <osgDB/FileNameUtils>
-#include <osgDB/ReadFile>
+#include <osgUtil/SmoothingVisitor>
 
 #include <vector>
 
@@ -14,17 +16,23 @@ namespace tessarin::viewer {
 
 namespace {
 
-/// Finds lights and puts plain groups in their place.
-class LightRemover : public osg::NodeVisitor {
+/// Puts plain groups in the place of lights, and gives normals to what has none, since it is lit by them.
+class Tidy : public osg::NodeVisitor {
 public:
-    LightRemover() : osg::NodeVisitor(TRAVERSE_ALL_CHILDREN) {}
+    Tidy() : osg::NodeVisitor(TRAVERSE_ALL_CHILDREN) {}
 
     void apply(osg::LightSource& light) override {
         lights.push_back(&light);
         traverse(light);
     }
 
-    void replaceAll() {
+    void apply(osg::Geometry& geometry) override {
+        const double crease = 35 * osg::PI / 180;
+        if (!geometry.getNormalArray() && geometry.getVertexArray())
+            osgUtil::SmoothingVisitor::smooth(geometry, crease);
+    }
+
+    void replaceLights() {
         for (const osg::ref_ptr<osg::LightSource>& light : lights) {
             const osg::ref_ptr<osg::Group> group = new osg::Group;
             group->setName(light->getName());
@@ -40,10 +48,10 @@ private:
     std::vector<osg::ref_ptr<osg::LightSource>> lights;
 };
 
-void removeLights(osg::Node& model) {
-    LightRemover visitor;
+void tidy(osg::Node& model) {
+    Tidy visitor;
     model.accept(visitor);
-    visitor.replaceAll();
+    visitor.replaceLights();
 }
 
 bool isCollada(const std::string& path) {
@@ -57,14 +65,14 @@ osg::ref_ptr<osg::Node> ModelLoader::loadModel(const std::string& path) {
         if (!isCollada(path)) {
             const osg::ref_ptr<osg::Node> model = VisualModelComponentModelLoader::loadModel(path);
             if (model)
-                removeLights(*model);
+                tidy(*model);
             return model;
         }
         const ColladaFile file(path);
         const osg::ref_ptr<osg::Node> model = file.readModel();
         if (!model)
             return nullptr;
-        removeLights(*model);
+        tidy(*model);
         return separateBodies(*model, file.getBodyNodeIds());
     } catch (const ViewerError&) {
         return nullptr; // the path was checked before; whoever asks for the model sees that there is none

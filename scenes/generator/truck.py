@@ -13,6 +13,12 @@ RAMP = (4.4, 3, 1)  # length, width, height at the far end
 CHASSIS_HEIGHT = 0.68  # the origin of the truck's body above the ground
 
 
+def mudguards():
+    """Flaps of the body in front of each wheel and behind it, with a gap: half extents and places in the body's frame."""
+    return [((0.02, WHEEL_HALF_WIDTH, 0.12), (x + end * 0.43, y, 0.14))
+            for x in AXLES.values() for y in SIDES.values() for end in (-1, 1)]
+
+
 def wheels():
     return [(f"wheel_{end}_{side}", (x, y, WHEEL_RADIUS)) for end, x in AXLES.items() for side, y in SIDES.items()]
 
@@ -28,6 +34,8 @@ def body_mesh():
     box(mesh, "glass", (0.36, 0.02, 0.22), (0.60, -0.945, 1.22), bevel=0.01)
     box(mesh, "iron", (0.02, 0.55, 0.17), (2.235, 0, 0.60), bevel=0.01)         # grille
     box(mesh, "iron", (0.07, 0.98, 0.09), (2.30, 0, 0.20), bevel=0.03)          # bumper
+    for half, place in mudguards():
+        box(mesh, "iron", half, place, bevel=0.01)
     for side in (-1, 1):
         lamp = [(0, 0), (0.13, 0), (0.13, 0.05), (0, 0.07)]
         turned = Mesh()
@@ -85,7 +93,8 @@ def bodies(document):
         shape_box((1.18, 0.99, 0.06), (-1.22, 0, 0.33)),
         shape_box((1.18, 0.04, 0.16), (-1.22, 0.95, 0.54)),
         shape_box((1.18, 0.04, 0.16), (-1.22, -0.95, 0.54)),
-        shape_box((0.04, 0.91, 0.16), (-2.36, 0, 0.54))], "metal", mass=900)
+        shape_box((0.04, 0.91, 0.16), (-2.36, 0, 0.54))] +
+        [shape_box(*flap) for flap in mudguards()], "metal", mass=900)
     tread = (f"<cylinder><height>{2 * WHEEL_HALF_WIDTH:g}</height>"
              f"<radius>{WHEEL_RADIUS:g} {WHEEL_RADIUS:g}</radius></cylinder>")
     for name, (x, y, z) in wheels():
