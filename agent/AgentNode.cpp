@@ -58,7 +58,8 @@ void AgentNode::viewListsOf(const AgentNode& other) {
     ownsTransform = false;
     selectionPriority = other.selectionPriority;
     parent = other.parent;
-    markedForRemoval = other.markedForRemoval;
+    if (other.markedForRemoval)
+        markForRemoval();
     velocity = other.velocity;
 }
 
