@@ -83,6 +83,10 @@ void AgentNode::releaseAll() {
 
 AgentNode::~AgentNode() {
     expireHandles();
+    // To everybody else the agent is gone, but its components meet it until their own end.
+    for (Component* const component : components)
+        if (!component->listing.isSharedWith(this))
+            component->agentNode = this;
     if (allAgentsEntry != allAgents.end())
         allAgents.erase(allAgentsEntry);
     ChildWalk::ending(*this);
