@@ -2,6 +2,7 @@
 
 #include <agent/Accessor.h>
 #include <agent/AgentNode.h>
+#include <agent/Input.h>
 #include <agent/SimObjectDB.h>
 
 #include <cassert>
@@ -74,6 +75,10 @@ Component* Component::createComponent(const std::string& className) {
     if (component)
         static_cast<void>(object.release());
     return component;
+}
+
+Input* Component::input() {
+    return Input::instance();
 }
 
 bool Component::hasAgent(const std::string& name, int depth) const {

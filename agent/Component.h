@@ -109,6 +109,9 @@ public:
     AgentNode* getAgentNode() { return agentNode; }
     /// @}
 
+    /// Input::instance(): where a component asks for buttons and axes.
+    Input* input();
+
     /// AgentNode::hasAgent on the component's agent, which must be set.
     bool hasAgent(const std::string& name, int depth) const;
 
