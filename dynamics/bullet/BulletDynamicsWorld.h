@@ -1,11 +1,13 @@
 #pragma once
 
 #include <dynamics/DynamicsWorld.h>
+#include <dynamics/bullet/BulletContact.h>
 #include <dynamics/bullet/Export.h>
 
 #include <gmtl/Vec.h>
 
 #include <memory>
+#include <vector>
 
 namespace tessarin::dynamics::bullet {
 
@@ -56,6 +58,13 @@ public:
 
     /// Wakes every body. Numbers that are not finite change nothing.
     void setGravity(const gmtl::Vec<double, 3>& gravity);
+
+    /// The pairs of bodies that touched during the last step(), in the order in which the bodies were loaded. Pairs
+    /// that lie asleep, and those of two bodies that can't move, are not among them.
+    ///
+    /// The list stays where it is until the next step() that runs a fixed step; a body that is deleted meanwhile turns
+    /// to null in it. So bodies may be deleted while it is gone through.
+    const std::vector<BulletContact>& getContacts() const;
 
 private:
     std::shared_ptr<WorldCore> core;
