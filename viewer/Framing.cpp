@@ -77,6 +77,7 @@ osg::BoundingBoxd findSubject(osg::Node& scene) {
     osg::BoundingBoxd subject;
     if (visitor.boxes.empty())
         return subject;
+    dropStrays(visitor.boxes); // what has strayed far off would make a ground look small
     dropGrounds(visitor.boxes);
     dropStrays(visitor.boxes);
     for (const osg::BoundingBoxd& box : visitor.boxes)

@@ -7,24 +7,13 @@
 
 #include <charconv>
 #include <string_view>
+#include <utility>
 
 namespace tessarin::viewer {
 
 namespace {
 
 const char* const hint = " (tessarin_viewer --help lists the options)";
-
-/// Takes an option with its value out of the command line. False if it isn't there.
-bool takeValue(osg::ArgumentParser& arguments, const std::string& option, std::string& value) {
-    const int position = arguments.find(option);
-    if (position < 0)
-        return false;
-    if (position + 1 >= arguments.argc() || arguments.isOption(position + 1))
-        throw ViewerError(option + " needs a value" + hint);
-    value = arguments[position + 1];
-    arguments.remove(position, 2);
-    return true;
-}
 
 /// The whole text as a number of at least `least`; nothing if it is anything else.
 template <class Number>
@@ -70,15 +59,21 @@ int readLogLevel(const std::string& text) {
     throw ViewerError("--log " + text + ": not one of off, error, warn, info and debug" + hint);
 }
 
-void readFile(osg::ArgumentParser& arguments, Options& options) {
-    for (int i = 1; i < arguments.argc(); ++i)
-        if (arguments.isOption(i))
-            throw ViewerError(std::string(arguments[i]) + ": unknown option" + hint);
-    if (arguments.argc() < 2)
-        throw ViewerError(std::string("no file to show") + hint);
-    if (arguments.argc() > 2)
-        throw ViewerError(std::string(arguments[2]) + ": there can be only one file" + hint);
-    options.file = arguments[1];
+using Setter = void (*)(Options&, const std::string& value);
+
+/// What to do with the value of an option; null if there is no such option.
+Setter findSetter(std::string_view name) {
+    static constexpr std::pair<std::string_view, Setter> setters[] = {
+        {"--frames", [](Options& options, const std::string& value) { options.frames = readFrames(value); }},
+        {"--snapshot", [](Options& options, const std::string& value) { options.snapshot = value; }},
+        {"--write", [](Options& options, const std::string& value) { options.document = value; }},
+        {"--patch", [](Options& options, const std::string& value) { options.patches.emplace_back(value); }},
+        {"--size", [](Options& options, const std::string& value) { readSize(value, options); }},
+        {"--log", [](Options& options, const std::string& value) { options.logLevel = readLogLevel(value); }}};
+    for (const auto& [option, setter] : setters)
+        if (option == name)
+            return setter;
+    return nullptr;
 }
 
 } // namespace
@@ -92,20 +87,26 @@ Options Options::parse(osg::ArgumentParser& arguments) {
     if (options.task != Task::RUN)
         return options;
 
-    std::string value;
-    while (takeValue(arguments, "--frames", value))
-        options.frames = readFrames(value);
-    while (takeValue(arguments, "--snapshot", value))
-        options.snapshot = value;
-    while (takeValue(arguments, "--write", value))
-        options.document = value;
-    while (takeValue(arguments, "--patch", value))
-        options.patches.emplace_back(value);
-    while (takeValue(arguments, "--size", value))
-        readSize(value, options);
-    while (takeValue(arguments, "--log", value))
-        options.logLevel = readLogLevel(value);
-    readFile(arguments, options);
+    // From left to right, so that no option can be taken for another one's value.
+    for (int i = 1; i < arguments.argc();) {
+        const std::string argument = arguments[i];
+        if (!arguments.isOption(i)) {
+            ++i;
+            continue;
+        }
+        const Setter set = findSetter(argument);
+        if (!set)
+            throw ViewerError(argument + ": unknown option" + hint);
+        if (i + 1 >= arguments.argc() || arguments.isOption(i + 1))
+            throw ViewerError(argument + " needs a value" + hint);
+        set(options, arguments[i + 1]);
+        arguments.remove(i, 2);
+    }
+    if (arguments.argc() < 2)
+        throw ViewerError(std::string("no file to show") + hint);
+    if (arguments.argc() > 2)
+        throw ViewerError(std::string(arguments[2]) + ": there can be only one file" + hint);
+    options.file = arguments[1];
     return options;
 }
 

@@ -10,6 +10,8 @@ from meshes import Mesh, box, sphere
 COURSES, BRICKS, RADIUS = 9, 12, 1.15
 BRICK = (0.262, 0.15, 0.125)  # half extents: along the wall, through it, up
 GAP = 0.002
+BALL = 0.5  # radius
+WALL = (0.2, 2.6, 0.35)  # half extents; it keeps the ball in the picture
 STONES = ["sandstone", "limestone", "terracotta", "ochre"]
 
 
@@ -35,24 +37,28 @@ def model():
     document.material("steel", (0.16, 0.19, 0.26), shininess=80, specular=0.9)
     document.material("signal", (0.93, 0.43, 0.10), shininess=80, specular=0.6)
 
-    brick, ball, ground = Mesh(), Mesh(), Mesh()
+    brick, ball, wall, ground = Mesh(), Mesh(), Mesh(), Mesh()
     box(brick, "stone", BRICK, bevel=0.02)
-    sphere(ball, ["steel", "signal"], 0.4)
+    sphere(ball, ["steel", "signal"], BALL)
+    box(wall, "limestone", WALL, bevel=0.05)
     box(ground, "grass", (30, 30, 0.25))
-    for name, mesh in (("brick", brick), ("ball", ball), ("ground", ground)):
+    for name, mesh in (("brick", brick), ("ball", ball), ("wall", wall), ("ground", ground)):
         document.geometry(name, mesh)
 
     document.physics_material("stone", 0.7, 0.05)
     document.physics_material("iron", 0.4, 0.2)
     document.rigid_body("brick", [f"<box><half_extents>{BRICK[0]} {BRICK[1]} {BRICK[2]}</half_extents></box>"],
                         "stone", mass=4)
-    document.rigid_body("ball", ["<sphere><radius>0.4</radius></sphere>"], "iron", mass=45)
+    document.rigid_body("ball", [f"<sphere><radius>{BALL}</radius></sphere>"], "iron", mass=200)
+    document.rigid_body("wall", [f"<box><half_extents>{WALL[0]} {WALL[1]} {WALL[2]}</half_extents></box>"], "stone")
     document.rigid_body("ground", ["<box><half_extents>30 30 0.25</half_extents></box>"], "stone")
 
     document.node("ground", "ground", (0, 0, -0.25))
     document.instance("ground", "ground")
+    document.node("wall", "wall", (3.8, 0, WALL[2]))
+    document.instance("wall", "wall")
     document.node("ball", "ball", (-2.9, 0.3, 1.3))
-    document.instance("ball", "ball", velocity=(8, -0.7, 1.2))
+    document.instance("ball", "ball", velocity=(10, -0.7, 1.2))
     stones = random.Random(7)
     for name, place, turn in bricks():
         document.node(name, "brick", place, rotate_z=turn, bind={"stone": stones.choice(STONES)})
@@ -63,7 +69,7 @@ def model():
 def agents():
     """The agents come with the model's bodies; the document gives each the node that bears its name."""
     geometry = '<Component class="GeometryComponent" name="GeometryComponent"/>'
-    names = ["ground", "ball"] + [name for name, _, _ in bricks()]
+    names = ["ground", "wall", "ball"] + [name for name, _, _ in bricks()]
     children = "\n".join(f'  <AgentNode name="{name}">{geometry}</AgentNode>' for name in names)
     return f"""<?xml version="1.0" encoding="utf-8"?>
 <!-- A tower of bricks that is knocked over by a ball. Made by scenes/generator/tower.py. -->

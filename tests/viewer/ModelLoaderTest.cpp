@@ -1,0 +1,163 @@
+#include <tests/viewer/ColladaText.h>
+#include <tests/viewer/ViewerTest.h>
+
+#include <viewer/FrameLoop.h>
+#include <viewer/Scene.h>
+
+#include <agent/AgentNode.h>
+#include <agent/RigidBodyComponent.h>
+#include <dynamics/DynamicsBody.h>
+
+#include <osg/Drawable>
+#include <osg/LightSource>
+#include <osg/Transform>
+#include <osgDB/ReadFile>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace tessarin::viewer {
+
+namespace {
+
+using Box = std::array<double, 6>;
+using Boxes = std::vector<Box>;
+
+/// The boxes of all that is drawn, in the frame of the world.
+class BoxCollector : public osg::NodeVisitor {
+public:
+    BoxCollector() : osg::NodeVisitor(TRAVERSE_ACTIVE_CHILDREN) {}
+
+    void apply(osg::Drawable& drawable) override {
+        osg::BoundingBoxd box;
+        for (unsigned i = 0; i < 8; ++i)
+            box.expandBy(osg::Vec3d(drawable.getBoundingBox().corner(i)) * osg::computeLocalToWorld(getNodePath()));
+        boxes.push_back({box.xMin(), box.yMin(), box.zMin(), box.xMax(), box.yMax(), box.zMax()});
+    }
+    void apply(osg::LightSource& light) override {
+        ++lights;
+        traverse(light);
+    }
+
+    Boxes boxes;
+    int lights = 0;
+};
+
+Boxes boxesOf(osg::Node& node) {
+    BoxCollector collector;
+    node.accept(collector);
+    return collector.boxes;
+}
+
+/// How many boxes of the first list have no like in the second, each like used once.
+std::size_t countMissing(const Boxes& boxes, Boxes others) {
+    std::size_t missing = 0;
+    for (const Box& box : boxes) {
+        const auto like = std::find_if(others.begin(), others.end(), [&](const Box& other) {
+            return std::equal(box.begin(), box.end(), other.begin(),
+                              [](double a, double b) { return std::abs(a - b) < 1e-4; });
+        });
+        if (like == others.end())
+            ++missing;
+        else
+            others.erase(like);
+    }
+    return missing;
+}
+
+std::vector<std::string> componentsOf(agent::AgentNode& agent) {
+    std::vector<std::string> names;
+    agent.visitComponents([&](agent::Component* component) { names.push_back(component->getClassName()); });
+    return names;
+}
+
+class ModelLoaderTest : public ViewerTest {};
+
+// Bodies below scenery and below each other, turned, and scaled unevenly; a part that bears another body's name; a
+// light.
+const char* const mixedNodes =
+    "<node id='frame' name='frame'><translate>1 2 3</translate><rotate>0 0 1 30</rotate><scale>2 2 2</scale>"
+    "<instance_geometry url='#cube'/>"
+    "<node id='arm' name='arm'><translate>3 0 0</translate><rotate>1 0 0 20</rotate><scale>1 4 1</scale>"
+    "<instance_geometry url='#cube'/>"
+    "<node id='ring' name='hand'><translate>0 0 1</translate><instance_geometry url='#cube'/></node>"
+    "<node id='hand' name='hand'><translate>0 2 0</translate><rotate>0 0 1 45</rotate>"
+    "<instance_geometry url='#cube'/></node></node></node>"
+    "<node id='floor' name='floor'><translate>0 -1 0</translate><instance_geometry url='#cube'/></node>";
+const char* const box = "<shape><box><half_extents>0.5 0.5 0.5</half_extents></box></shape>";
+
+TEST_F(ModelLoaderTest, AModelLooksAsItsFileDoesAndEachBodyMovesItsOwnPart) {
+    for (const char* upAxis : {"Z_UP", "Y_UP", "X_UP"}) {
+        const std::filesystem::path file =
+            write("floor.dae", colladaText(upAxis, mixedNodes, bodyText("a", box) + bodyText("h", box),
+                                           instanceText("a", "arm") + instanceText("h", "hand")));
+        const Boxes wanted = boxesOf(*osgDB::readRefNodeFile(file.string()));
+        ASSERT_EQ(wanted.size(), 5U);
+
+        Scene scene(file);
+        const Boxes shown = boxesOf(scene.getGraph());
+        EXPECT_EQ(shown.size(), wanted.size()) << upAxis;
+        EXPECT_EQ(countMissing(wanted, shown), 0U) << upAxis;
+
+        agent::AgentNode& root = scene.getRoot();
+        ASSERT_EQ(root.getChildren().size(), 2U);
+        agent::AgentNode* const arm = root.getChild("arm");
+        for (agent::AgentNode* body : {arm, root.getChild("hand")}) {
+            ASSERT_NE(body, nullptr);
+            EXPECT_EQ(componentsOf(*body), (std::vector<std::string>{"RigidBodyComponent", "GeometryComponent"}));
+        }
+        EXPECT_EQ(componentsOf(root), (std::vector<std::string>{"VisualModelComponent", "GeometryComponent"}));
+
+        arm->getRigidBody()->getBody()->setPosition({100, 0, 0});
+        FrameLoop(scene).frame(0);
+        const Boxes moved = boxesOf(scene.getGraph());
+        EXPECT_EQ(countMissing(wanted, moved), 2U) << "the arm and the ring on it, not the hand";
+    }
+}
+
+TEST_F(ModelLoaderTest, AModelWithoutBodiesIsShownWhole) {
+    const std::filesystem::path file = write("plain.dae", colladaText("Y_UP", mixedNodes));
+    Scene scene(file);
+    EXPECT_EQ(countMissing(boxesOf(*osgDB::readRefNodeFile(file.string())), boxesOf(scene.getGraph())), 0U);
+    EXPECT_TRUE(scene.getRoot().getChildren().empty());
+}
+
+TEST_F(ModelLoaderTest, WhatOnlyThePhysicsTellsIsShownToo) {
+    const std::string shapes =
+        "<shape><translate>0 0 5</translate><rotate>1 0 0 90</rotate><cylinder><height>4</height>"
+        "<radius>1 1</radius></cylinder></shape>"
+        "<shape><sphere><radius>2</radius></sphere></shape>";
+    Scene scene(write(
+        "physics.dae",
+        colladaText(
+            "Z_UP",
+            "<node id='stone'><translate>10 0 0</translate><scale>3 3 3</scale><instance_geometry url='#hull'/></node>"
+            "<node id='lamp'><translate>0 7 0</translate></node>",
+            bodyText("s", box) + bodyText("l", shapes), instanceText("s", "stone") + instanceText("l", "lamp"))));
+    const Boxes boxes = boxesOf(scene.getGraph());
+    EXPECT_EQ(boxes.size(), 3U);
+    const Boxes wanted = {{10, 0, 0, 13, 3, 3}, {-1, 6, 3, 1, 8, 7}, {-2, 5, -2, 2, 9, 2}};
+    EXPECT_EQ(countMissing(wanted, boxes), 0U);
+}
+
+TEST_F(ModelLoaderTest, LightsOfAModelGiveWayToTheViewers) {
+    std::string text = colladaText("Z_UP", "<node id='lamp'><instance_light url='#sun'/></node>"
+                                           "<node id='cube'><instance_geometry url='#cube'/></node>");
+    text.insert(
+        text.find("<library_geometries>"),
+        "<library_lights><light id='sun'><technique_common><point><color>1 1 1</color></point></technique_common>"
+        "</light></library_lights>");
+    const std::filesystem::path file = write("lit.dae", text);
+    BoxCollector plain, shown;
+    osgDB::readRefNodeFile(file.string())->accept(plain);
+    Scene scene(file);
+    scene.getGraph().accept(shown);
+    EXPECT_EQ(plain.lights, 1);
+    EXPECT_EQ(shown.lights, 0);
+    EXPECT_EQ(shown.boxes.size(), 1U);
+}
+
+} // namespace
+
+} // namespace tessarin::viewer
