@@ -1,4 +1,5 @@
-// Any bytes as an agent document: applied to a tree, made into one, written, and read again. What is written is readable.
+// Any bytes as an agent document: applied to a tree, made into one, written, and read again. What is written is
+// readable.
 
 #include <agent/AgentNode.h>
 #include <agent/VisualModelComponent.h>

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Checks the installed shared libraries: they export what is the project's own and nothing else, they miss no symbol,
-# and the agent library knows no physics engine.
+# Checks an installed package: the shared libraries export what is the project's own and nothing else and miss no symbol,
+# the agent library knows no physics engine, and no header asks a host for a library that is ours alone to know.
 #
-# Usage: scripts/check_symbols.sh PREFIX
+# Usage: scripts/check_package.sh PREFIX
 set -euo pipefail
-prefix=${1:?usage: scripts/check_symbols.sh PREFIX}
+prefix=${1:?usage: scripts/check_package.sh PREFIX}
 
 fail=0
 libraries=("$prefix"/lib*/libtessarin_*.so)
@@ -39,6 +39,11 @@ done
 
 if readelf --dynamic "$prefix"/lib*/libtessarin_agent.so | grep NEEDED | grep -iE 'bullet|LinearMath|tessarin_dynamics'; then
     echo "libtessarin_agent.so needs a physics library"
+    fail=1
+fi
+
+if grep -rnE '^ *# *include <(expat|SDL|bt[A-Z]|Bullet|LinearMath)' "$prefix/include/tessarin"; then
+    echo "A public header includes what stays inside the sources"
     fail=1
 fi
 
