@@ -56,6 +56,7 @@ void dropGrounds(std::vector<osg::BoundingBoxd>& boxes) {
 void dropStrays(std::vector<osg::BoundingBoxd>& boxes) {
     const auto median = [&](int axis) {
         std::vector<double> values;
+        values.reserve(boxes.size());
         for (const osg::BoundingBoxd& box : boxes)
             values.push_back(box.center()[axis]);
         std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2), values.end());

@@ -116,7 +116,8 @@ osg::ref_ptr<osg::Node> makeShapeGeometry(const XMLNode& collada, const std::str
         if (!shape)
             continue;
         const osg::ref_ptr<osg::Geode> geode = new osg::Geode;
-        const osg::ref_ptr<osg::ShapeDrawable> drawable = new osg::ShapeDrawable(shape);
+        const osg::ref_ptr<osg::ShapeDrawable> drawable = new osg::ShapeDrawable;
+        drawable->setShape(shape);
         drawable->setColor(osg::Vec4(0.72f, 0.74f, 0.78f, 1));
         geode->addDrawable(drawable);
         const osg::ref_ptr<osg::MatrixTransform> placed = new osg::MatrixTransform(placementOf(element));

@@ -44,7 +44,8 @@ public:
 } // namespace
 
 osg::ref_ptr<osg::Node> makeSky() {
-    const osg::ref_ptr<osg::ShapeDrawable> ball = new osg::ShapeDrawable(new osg::Sphere(osg::Vec3(), 1));
+    const osg::ref_ptr<osg::ShapeDrawable> ball = new osg::ShapeDrawable;
+    ball->setShape(new osg::Sphere(osg::Vec3(), 1));
     ball->setComputeBoundingBoxCallback(new NoBound);
     ball->setComputeBoundingSphereCallback(new NoSphere);
     ball->setCullingActive(false);
