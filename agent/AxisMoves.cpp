@@ -1,10 +1,23 @@
 #include <agent/AxisMoves.h>
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 namespace tessarin::agent {
 
+namespace {
+
+/// No threshold is below what is not a number, and none is below this.
+float orLowest(float value) {
+    return std::isnan(value) ? -std::numeric_limits<float>::infinity() : value;
+}
+
+} // namespace
+
 void AxisMoves::add(float from, float to) {
+    from = orLowest(from);
+    to = orLowest(to);
     if (from < to)
         cover(rises, {from, to});
     else if (to < from)

@@ -8,7 +8,7 @@ namespace tessarin::agent {
 
 /// Which thresholds a joystick axis has crossed since the moves were last cleared, upwards and downwards each: exact
 /// for any threshold, however often the value went up and down. Keeps only what the moves have covered, so it stays
-/// small, and it allocates nothing once it has grown.
+/// small, and it allocates nothing once it has grown. A value that is not a number is above no threshold.
 class TESSARIN_AGENT_EXPORT AxisMoves {
 public:
     void add(float from, float to);
