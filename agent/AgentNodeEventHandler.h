@@ -28,7 +28,7 @@ public:
     /// @param viewer whose view casts the rays; not owned.
     AgentNodeEventHandler(AgentNode* agent, osgViewer::Viewer* viewer);
     AgentNodeEventHandler(const AgentNodeEventHandler& other);
-    AgentNodeEventHandler& operator=(const AgentNodeEventHandler&) = default;
+    AgentNodeEventHandler& operator=(const AgentNodeEventHandler&) = delete;
 
     using osgGA::GUIEventHandler::handle;
 
