@@ -49,27 +49,45 @@ Affine frameOfOnly(const std::vector<SolidPiece>& pieces) {
     return analytic ? analytic->frame : Affine();
 }
 
-void setMass(const collada::RigidBody& description, const std::vector<SolidPiece>& pieces, const Report& report,
-             BodyShape& body) {
+/// A frame that is there already is kept if it will do: turning a box into its own axes again costs digits.
+Matrix3 principalAxes(const Matrix3& inertia, const Matrix3& known) {
+    return isDiagonal(transposed(known) * inertia * known) ? known : eigenOf(inertia).vectors;
+}
+
+void setMass(const collada::RigidBody& description, const Matrix3& scale, const std::vector<SolidPiece>& pieces,
+             const Report& report, BodyShape& body) {
     MassDistribution sum;
     for (const SolidPiece& piece : pieces) {
         sum = sum.mass > 0 ? sum + piece.mass : piece.mass;
     }
     body.mass = chooseMass(description, sum.mass, report);
-    const Matrix3 inertia = withMass(sum, body.mass).inertia();
-
-    // The frame that is there already is kept if it will do: turning a box into its own axes again costs digits.
-    Matrix3 axes = frameOfOnly(pieces).linear;
-    Matrix3 turned = transposed(axes) * inertia * axes;
-    if (!isDiagonal(turned)) {
-        axes = eigenOf(inertia).vectors;
-        turned = transposed(axes) * inertia * axes;
+    const MassDistribution whole = withMass(sum, body.mass);
+    const auto momentsAlong = [](const Matrix3& moments, const Matrix3& axes) {
+        const Matrix3 turned = transposed(axes) * moments * axes;
+        return Vector3{turned[0][0], turned[1][1], turned[2][2]};
+    };
+    Matrix3 axes = identityMatrix3;
+    if (description.massFrame) {
+        const Affine frame = Affine{scale, {0, 0, 0}} * *description.massFrame;
+        axes = polarPartsOf(frame.linear).rotation;
+        body.massFrame = {axes, frame.translation};
+    } else {
+        // Given moments are about the axes of the node where no frame says otherwise.
+        axes = description.inertia ? axes : principalAxes(whole.inertia(), frameOfOnly(pieces).linear);
+        body.massFrame = {axes, whole.centre};
     }
-    body.massFrame = {axes, sum.centre};
-    for (std::size_t i = 0; i < 3; ++i) {
+    const Vector3& given = description.inertia.value_or(Vector3{0, 0, 0});
+    if (given[0] > 0 && given[1] > 0 && given[2] > 0) {
+        body.inertia = given;
+    } else {
+        if (description.inertia) {
+            report(Logger::errorLevel, "a moving body needs an <inertia> above zero, that of its shapes is taken");
+        }
+        body.inertia = momentsAlong(whole.inertia(), axes);
+    }
+    for (double& moment : body.inertia) {
         // No solid is easier to turn about one axis than this; it also keeps needles from spinning out of range.
-        const double largest = std::max({turned[0][0], turned[1][1], turned[2][2]});
-        body.inertia[i] = std::max(turned[i][i], 1e-4 * largest);
+        moment = std::max(moment, 1e-4 * *std::max_element(body.inertia.begin(), body.inertia.end()));
     }
 }
 
@@ -98,7 +116,7 @@ BodyShape buildBodyShape(const collada::RigidBody& description, const Matrix3& s
         return body;
     }
     if (description.dynamic) {
-        setMass(description, pieces, report, body);
+        setMass(description, scale, pieces, report, body);
     } else {
         body.massFrame = frameOfOnly(pieces);
     }

@@ -2,8 +2,10 @@
 
 #include <dynamics/bullet/BulletConversions.h>
 #include <dynamics/bullet/DynamicsLog.h>
+#include <dynamics/bullet/JointCore.h>
 #include <dynamics/bullet/WorldCore.h>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -15,17 +17,17 @@ namespace {
 /// run several steps a frame.
 constexpr std::uint64_t stepsAfterSleep = 10;
 
-/// The engine multiplies the frictions of two bodies; two of these rub with 0.5.
-constexpr double defaultFriction = 0.70710678;
-
 /// Of a round body, against its size: little enough to let it roll, and enough to let it come to rest.
 constexpr double rollingFriction = 0.1;
 
-btRigidBody::btRigidBodyConstructionInfo describe(const BodyShape& shape, const Affine& pose) {
+btRigidBody::btRigidBodyConstructionInfo describe(const BodyShape& shape, const collada::Material& material,
+                                                  const Affine& pose) {
     btRigidBody::btRigidBodyConstructionInfo info(static_cast<btScalar>(shape.mass), nullptr, shape.whole(),
                                                   toBullet(shape.inertia));
     info.m_startWorldTransform = toBullet(pose * shape.massFrame);
-    info.m_friction = static_cast<btScalar>(defaultFriction);
+    // The engine multiplies what two bodies have; two equal ones are to rub and bounce as each of them says.
+    info.m_friction = static_cast<btScalar>(std::sqrt(material.staticFriction));
+    info.m_restitution = static_cast<btScalar>(std::sqrt(material.restitution));
     if (shape.isRound) {
         info.m_rollingFriction = static_cast<btScalar>(rollingFriction * shape.size);
         info.m_spinningFriction = info.m_rollingFriction;
@@ -40,10 +42,10 @@ bool isFinite(const btTransform& place) {
 } // namespace
 
 BulletBody::BulletBody(std::shared_ptr<WorldCore> worldCore, std::string bodyName, BodyShape bodyShape,
-                       const Affine& pose)
-    : core(std::move(worldCore)), name(std::move(bodyName)), shape(std::move(bodyShape)),
-      massFrameInverse(rigidInverse(shape.massFrame)), body(describe(shape, pose)),
-      lastPlace(body.getWorldTransform()) {
+                       const collada::Material& bodyMaterial, const Affine& pose)
+    : core(std::move(worldCore)), name(std::move(bodyName)), number(core->getContacts().nextBodyNumber()),
+      material(bodyMaterial), shape(std::move(bodyShape)), massFrameInverse(rigidInverse(shape.massFrame)),
+      body(describe(shape, material, pose)), lastPlace(body.getWorldTransform()) {
     body.setUserPointer(this);
     if (shape.mass > 0) {
         // A body that moves by more than its own size in one step is swept, so that it can't pass through a surface.
@@ -54,7 +56,29 @@ BulletBody::BulletBody(std::shared_ptr<WorldCore> worldCore, std::string bodyNam
 }
 
 BulletBody::~BulletBody() {
+    while (!joints.empty()) {
+        joints.back()->disconnect();
+    }
+    core->getContacts().forget(*this);
     core->remove(body);
+}
+
+void BulletBody::setUserData(DynamicsUserData* data) {
+    userData = data;
+    core->getContacts().updateUserData(*this);
+}
+
+void BulletBody::addJoint(JointCore& joint) {
+    joints.push_back(&joint);
+    core->setThresholds(body);
+}
+
+void BulletBody::removeJoint(JointCore& joint) {
+    const auto found = std::find(joints.rbegin(), joints.rend(), &joint);
+    *found = joints.back();
+    joints.pop_back();
+    core->setThresholds(body);
+    core->wakeAround(body);
 }
 
 Affine BulletBody::getPose() const {

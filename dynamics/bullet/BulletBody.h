@@ -2,15 +2,19 @@
 
 #include <dynamics/DynamicsBody.h>
 #include <dynamics/bullet/BodyShape.h>
+#include <dynamics/bullet/ColladaPhysics.h>
+#include <dynamics/bullet/ContactList.h>
 
 #include <btBulletDynamicsCommon.h>
 
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace tessarin::dynamics::bullet {
 
+class JointCore;
 class WorldCore;
 
 /// A rigid body in the engine.
@@ -22,14 +26,15 @@ class BulletBody : public DynamicsBody {
 public:
     /// @param shape with at least one part.
     /// @param pose rigid.
-    BulletBody(std::shared_ptr<WorldCore> core, std::string name, BodyShape shape, const Affine& pose);
+    BulletBody(std::shared_ptr<WorldCore> core, std::string name, BodyShape shape, const collada::Material& material,
+               const Affine& pose);
     ~BulletBody() override;
 
     BulletBody(const BulletBody&) = delete;
     BulletBody& operator=(const BulletBody&) = delete;
 
     const std::string& getName() override { return name; }
-    void setUserData(DynamicsUserData* data) override { userData = data; }
+    void setUserData(DynamicsUserData* data) override;
     void getMatrix(gmtl::Matrix<double, 4, 4>& matrix) override;
     void setMatrix(const gmtl::Matrix<double, 4, 4>& matrix) override;
     void setLinearVelocity(const gmtl::Vec<float, 3>& velocity) override;
@@ -39,6 +44,29 @@ public:
     bool isActive() override;
     void prepareMove() override;
 
+    DynamicsUserData* getUserData() const { return userData; }
+
+    /// In the order in which bodies were made.
+    std::uint64_t getNumber() const { return number; }
+
+    const collada::Material& getMaterial() const { return material; }
+    bool isAwake() const { return body.isActive(); }
+
+    /// Where the engine has the body's origin, in the frame of its node.
+    const Affine& getMassFrame() const { return shape.massFrame; }
+
+    Affine getPose() const;
+
+    btRigidBody& getRigidBody() { return body; }
+
+    /// A body that goes lets its joints know.
+    void addJoint(JointCore& joint);
+    void removeJoint(JointCore& joint);
+    bool hasJoints() const { return !joints.empty(); }
+
+    /// Belongs to the list of contacts.
+    ContactLink contactLink;
+
     /// Half of what the body measures where it is narrowest.
     double getSize() const { return shape.size; }
 
@@ -46,11 +74,13 @@ public:
     void onStepped();
 
 private:
-    Affine getPose() const;
     void setPose(const Affine& pose);
 
     const std::shared_ptr<WorldCore> core;
     const std::string name;
+    const std::uint64_t number;
+    const collada::Material material;
+    std::vector<JointCore*> joints;
     DynamicsUserData* userData = nullptr;
     BodyShape shape;
     Affine massFrameInverse;

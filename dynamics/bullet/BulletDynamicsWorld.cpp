@@ -6,6 +6,7 @@
 #include <dynamics/bullet/ColladaDocument.h>
 #include <dynamics/bullet/ColladaPhysicsReader.h>
 #include <dynamics/bullet/DynamicsLog.h>
+#include <dynamics/bullet/JointMaker.h>
 #include <dynamics/bullet/WorldCore.h>
 
 #include <cassert>
@@ -19,7 +20,12 @@ namespace tessarin::dynamics::bullet {
 namespace {
 
 using logging::Logger;
-using Bodies = std::vector<std::unique_ptr<BulletBody>>;
+
+/// What a file has brought into a world. Bodies go last, though joints would stand it the other way round.
+struct Made {
+    std::vector<std::unique_ptr<BulletBody>> bodies;
+    std::vector<std::unique_ptr<DynamicsJoint>> joints;
+};
 
 /// The square of a distance has to fit single precision.
 constexpr double farthestPlace = 1e15;
@@ -28,21 +34,28 @@ gmtl::Vec<float, 3> toVelocity(const Vector3& a) {
     return {static_cast<float>(a[0]), static_cast<float>(a[1]), static_cast<float>(a[2])};
 }
 
+collada::Material materialOf(const collada::RigidBody& body) {
+    if (body.material) {
+        return *body.material;
+    }
+    for (const collada::Shape& shape : body.shapes) {
+        if (shape.material) {
+            return *shape.material;
+        }
+    }
+    return {};
+}
+
 /// Null, which has been reported, if the description gives no shape.
 std::unique_ptr<BulletBody> makeBody(const collada::BodyInstance& instance, const Affine& placement,
+                                     const PolarParts& parts, const Affine& nodeToWorld,
                                      const std::shared_ptr<WorldCore>& core, const Report& report) {
-    const Affine nodeToWorld = placement * instance.nodeToWorld;
-    if (!isFinite(nodeToWorld) || !(length(nodeToWorld.translation) < farthestPlace)) {
-        report(Logger::errorLevel, "its place in the world is out of range, the body is left out");
-        return nullptr;
-    }
-    const PolarParts parts = polarPartsOf(nodeToWorld.linear);
     BodyShape shape = buildBodyShape(instance.body, parts.stretch, report);
     if (!shape.whole()) {
         report(Logger::errorLevel, "has no shape that can be used, the body is left out");
         return nullptr;
     }
-    auto body = std::make_unique<BulletBody>(core, instance.name, std::move(shape),
+    auto body = std::make_unique<BulletBody>(core, instance.name, std::move(shape), materialOf(instance.body),
                                              Affine{parts.rotation, nodeToWorld.translation});
     const Matrix3 turn = polarPartsOf(placement.linear).rotation;
     body->setLinearVelocity(toVelocity(turn * instance.velocity));
@@ -50,26 +63,50 @@ std::unique_ptr<BulletBody> makeBody(const collada::BodyInstance& instance, cons
     return body;
 }
 
-Bodies makeBodies(const std::string& filePath, const Affine& placement, const std::shared_ptr<WorldCore>& core) {
-    Bodies bodies;
+/// @return what joints have to know of the body.
+MadeBody addBody(const collada::BodyInstance& instance, const Affine& placement, const std::shared_ptr<WorldCore>& core,
+                 const Report& report, Made& made) {
+    const Affine nodeToWorld = placement * instance.nodeToWorld;
+    if (!isFinite(nodeToWorld) || !(length(nodeToWorld.translation) < farthestPlace)) {
+        report(Logger::errorLevel, "its place in the world is out of range, the body is left out");
+        return {nullptr, identityMatrix3};
+    }
+    const PolarParts parts = polarPartsOf(nodeToWorld.linear);
+    std::unique_ptr<BulletBody> body = makeBody(instance, placement, parts, nodeToWorld, core, report);
+    BulletBody* const raw = body.get();
+    if (body) {
+        made.bodies.push_back(std::move(body));
+    }
+    return {raw, parts.stretch};
+}
+
+void makeAll(const std::string& filePath, const Affine& placement, const std::shared_ptr<WorldCore>& core, Made& made) {
     collada::Document document(filePath);
     const collada::Element* root = document.load();
     if (!root) {
-        return bodies;
+        return;
     }
     const collada::Physics physics = collada::PhysicsReader(document, *root).read();
     if (physics.gravity) {
         core->setGravity(*physics.gravity);
     }
-    for (const collada::BodyInstance& instance : physics.bodies) {
-        const Report report = [&](int level, const std::string& text) {
-            TESSARIN_LOG(logCategory(), level, filePath << ": " << instance.label << ": " << text);
+    if (physics.timeStep) {
+        core->setFixedStep(*physics.timeStep);
+    }
+    const auto reportFor = [&filePath](const std::string& label) {
+        return [&filePath, &label](int level, const std::string& text) {
+            TESSARIN_LOG(logCategory(), level, filePath << ": " << label << ": " << text);
         };
-        if (std::unique_ptr<BulletBody> body = makeBody(instance, placement, core, report)) {
-            bodies.push_back(std::move(body));
+    };
+    std::vector<MadeBody> bodies;
+    for (const collada::BodyInstance& instance : physics.bodies) {
+        bodies.push_back(addBody(instance, placement, core, reportFor(instance.label), made));
+    }
+    for (const collada::ConstraintInstance& constraint : physics.constraints) {
+        if (auto joint = makeJoint(constraint, bodies, placement, core, reportFor(constraint.label))) {
+            made.joints.push_back(std::move(joint));
         }
     }
-    return bodies;
 }
 
 } // namespace
@@ -80,15 +117,18 @@ BulletDynamicsWorld::~BulletDynamicsWorld() = default;
 
 void BulletDynamicsWorld::loadScene(const std::string& filePath, const gmtl::Matrix<double, 4, 4>& placement,
                                     DynamicsBodyFunctor& functor) {
-    Bodies bodies;
+    Made made;
     try {
-        bodies = makeBodies(filePath, fromGmtl(placement), core);
+        makeAll(filePath, fromGmtl(placement), core, made);
     } catch (const std::exception& problem) {
         TESSARIN_LOG(logCategory(), Logger::errorLevel,
                      "no physics read from '" << filePath << "': " << problem.what());
     }
-    for (std::unique_ptr<BulletBody>& body : bodies) {
+    for (std::unique_ptr<BulletBody>& body : made.bodies) {
         functor.visitBody(body.release());
+    }
+    for (std::unique_ptr<DynamicsJoint>& joint : made.joints) {
+        functor.visitJoint(joint.release());
     }
 }
 
@@ -118,6 +158,10 @@ void BulletDynamicsWorld::setGravity(const gmtl::Vec<double, 3>& gravity) {
     if (isFinite(acceleration)) {
         core->setGravity(acceleration);
     }
+}
+
+const std::vector<BulletContact>& BulletDynamicsWorld::getContacts() const {
+    return core->getContacts().get();
 }
 
 } // namespace tessarin::dynamics::bullet

@@ -18,10 +18,10 @@ class WorldCore;
 /// Lengths are in whatever unit the files use: the unit of a file is never applied, its up-axis is turned to +Z, just
 /// as OpenSceneGraph's COLLADA plugin does, so that bodies and pictures agree. Time is in seconds.
 ///
-/// The host makes one world, loads files into it and calls step() from its frame loop. Bodies belong to whoever got
-/// them from loadScene and may be deleted at any time outside step(), also after the world: what the engine needs of a
-/// world goes with its last body. A world and its bodies belong to one thread at a time. The same files and the same
-/// calls give bit-equal poses.
+/// The host makes one world, loads files into it and calls step() from its frame loop. Bodies and joints
+/// belong to whoever got them from loadScene and may be deleted in any order at any time outside step(), also after the
+/// world: what the engine needs of a world goes with the last of them. A world with all that it gave belongs to one
+/// thread at a time. The same files and the same calls give bit-equal poses.
 class TESSARIN_DYNAMICS_BULLET_EXPORT BulletDynamicsWorld : public DynamicsWorld {
 public:
     /// An empty world without gravity, with a fixed step of 1/60 s.
@@ -31,11 +31,14 @@ public:
     BulletDynamicsWorld(const BulletDynamicsWorld&) = delete;
     BulletDynamicsWorld& operator=(const BulletDynamicsWorld&) = delete;
 
-    /// Reports one body per `instance_rigid_body` of the instanced physics scenes of a COLLADA file, in document order.
+    /// Reports one body per `instance_rigid_body` of the instanced physics scenes of a COLLADA file, in document order,
+    /// then one joint per `instance_rigid_constraint`: a DynamicsRevoluteJoint where one rotation is left free, a
+    /// DynamicsPrismaticJoint where it is one translation, else a DynamicsD6Joint, and a BulletJoint all of them.
     ///
     /// A body has the name and the world pose of its target node in the visual model, with `placement` on top; scale is
     /// taken out of the pose and applied to the shapes. Gravity of a file becomes the world's: of several files, that
-    /// of the last one that names one; it is turned with the file's up-axis and not by `placement`. What is wrong in a
+    /// of the last one that names one; it is turned with the file's up-axis and not by `placement`. The time step of a
+    /// file becomes the world's fixed step likewise. What is wrong in a
     /// file is logged at level 300 in the category "dynamics" and left out; the rest comes in.
     void loadScene(const std::string& filePath, const gmtl::Matrix<double, 4, 4>& placement,
                    DynamicsBodyFunctor& functor) override;

@@ -116,16 +116,20 @@ void Nodes::visitAll(const Element* root, const Affine& toWorld) {
 
 void Nodes::visit(const Element& first, const Affine& firstParentToWorld) {
     // A node that has a place already isn't entered again: that keeps nodes that instance each other from going round.
-    std::vector<std::pair<const Element*, Affine>> open = {{&first, firstParentToWorld}};
+    struct Open {
+        const Element* node;
+        Place parent;
+    };
+    std::vector<Open> open = {{&first, {firstParentToWorld, nullptr}}};
     while (!open.empty()) {
-        const auto [node, parentToWorld] = open.back();
+        const auto [node, parent] = open.back();
         open.pop_back();
-        const auto [place, isNew] = places.emplace(node, Affine());
+        const auto [place, isNew] = places.emplace(node, Place{Affine(), parent.parent});
         if (!isNew) {
             continue;
         }
-        const Affine toWorld = parentToWorld * placementOf(document, *node);
-        place->second = toWorld;
+        const Affine toWorld = parent.toWorld * placementOf(document, *node);
+        place->second.toWorld = toWorld;
         for (const char* attribute : {"name", "sid"}) {
             const std::string name = node->getAttributeValue(attribute);
             if (!name.empty()) {
@@ -139,7 +143,7 @@ void Nodes::visit(const Element& first, const Affine& firstParentToWorld) {
             }
         }
         for (auto child = below.rbegin(); child != below.rend(); ++child) {
-            open.emplace_back(*child, toWorld);
+            open.push_back({*child, {toWorld, node}});
         }
     }
 }
@@ -156,7 +160,16 @@ const Element* Nodes::find(const std::string& target) const {
 
 Affine Nodes::nodeToWorld(const Element& node) const {
     const auto place = places.find(&node);
-    return place == places.end() ? Affine() : place->second;
+    return place == places.end() ? Affine() : place->second.toWorld;
+}
+
+bool Nodes::isWithin(const Element& node, const Element& other) const {
+    const Element* above = &node;
+    while (above && above != &other) {
+        const auto place = places.find(above);
+        above = place == places.end() ? nullptr : place->second.parent;
+    }
+    return above != nullptr;
 }
 
 std::string Nodes::nameOf(const Element& node) {

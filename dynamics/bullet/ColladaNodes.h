@@ -30,6 +30,9 @@ public:
     /// From the node to the world, scale included.
     Affine nodeToWorld(const Element& node) const;
 
+    /// True if the node is the other one or stands below it.
+    bool isWithin(const Element& node, const Element& other) const;
+
     /// The name that the plugin gives to the node.
     static std::string nameOf(const Element& node);
 
@@ -38,7 +41,12 @@ private:
     void visit(const Element& node, const Affine& parentToWorld);
 
     const Document& document;
-    std::unordered_map<const Element*, Affine> places;
+    struct Place {
+        Affine toWorld;
+        const Element* parent;
+    };
+
+    std::unordered_map<const Element*, Place> places;
     std::unordered_map<std::string, const Element*> nodesByName;
 };
 

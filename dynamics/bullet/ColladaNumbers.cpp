@@ -4,6 +4,7 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
+#include <string>
 #include <system_error>
 
 namespace tessarin::dynamics::bullet::collada {
@@ -32,7 +33,7 @@ bool NumberReader::read(Number& number) {
             const std::string_view digits(begin, static_cast<std::size_t>(behind - begin));
             const std::size_t exponent = digits.find_first_of("eE");
             if (exponent == std::string_view::npos || digits.substr(exponent + 1, 1) != "-") {
-                value = HUGE_VAL;
+                value = digits[0] == '-' ? -HUGE_VAL : HUGE_VAL;
             }
         }
     } else if (error != std::errc()) {
@@ -83,6 +84,30 @@ template bool readNumbers(std::string_view, std::array<double, 4>&);
 template bool readNumbers(std::string_view, std::array<double, 7>&);
 template bool readNumbers(std::string_view, std::array<double, 9>&);
 template bool readNumbers(std::string_view, std::array<double, 16>&);
+
+bool readLimitNumbers(std::string_view text, std::array<double, 3>& numbers) {
+    std::array<double, 3> values{};
+    std::string_view rest = trimmed(text);
+    for (double& value : values) {
+        std::string word(rest.substr(0, rest.find_first_of(space)));
+        rest = trimmed(rest.substr(word.size()));
+        NumberReader reader(word);
+        if (!reader.next(value) || !reader.atEnd() || std::isnan(value)) {
+            // "1.#INF" and the like.
+            std::transform(word.begin(), word.end(), word.begin(),
+                           [](char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); });
+            if (word.find("inf") == std::string::npos) {
+                return false;
+            }
+            value = word[0] == '-' ? -HUGE_VAL : HUGE_VAL;
+        }
+    }
+    if (!rest.empty()) {
+        return false;
+    }
+    numbers = values;
+    return true;
+}
 
 bool readBool(std::string_view text) {
     const std::string_view word = trimmed(text);

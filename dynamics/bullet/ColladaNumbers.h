@@ -38,6 +38,9 @@ extern template bool readNumbers(std::string_view, std::array<double, 7>&);
 extern template bool readNumbers(std::string_view, std::array<double, 9>&);
 extern template bool readNumbers(std::string_view, std::array<double, 16>&);
 
+/// As readNumbers, but numbers may be infinite, however that is spelt.
+bool readLimitNumbers(std::string_view text, std::array<double, 3>& numbers);
+
 /// "true" and "1", whatever the case; everything else is false.
 bool readBool(std::string_view text);
 

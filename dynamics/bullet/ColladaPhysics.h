@@ -3,6 +3,7 @@
 #include <dynamics/bullet/Affine.h>
 
 #include <array>
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -54,6 +55,13 @@ struct MeshShape {
     bool convex;
 };
 
+/// How a surface rubs and bounces.
+struct Material {
+    double staticFriction = 0.5;
+    double dynamicFriction = 0.5;
+    double restitution = 0;
+};
+
 struct Shape {
     std::variant<Box, Sphere, Cylinder, Capsule, Plane, MeshShape> geometry;
 
@@ -62,11 +70,24 @@ struct Shape {
 
     std::optional<double> mass;
     std::optional<double> density;
+
+    /// The mass is in the surface and not in what this encloses.
+    bool hollow = false;
+
+    std::optional<Material> material;
 };
 
 struct RigidBody {
     bool dynamic = true;
     std::optional<double> mass;
+
+    /// The moments about the axes of the mass frame.
+    std::optional<Vector3> inertia;
+
+    /// In the frame of the body's node.
+    std::optional<Affine> massFrame;
+
+    std::optional<Material> material;
     std::vector<Shape> shapes;
 };
 
@@ -90,13 +111,58 @@ struct BodyInstance {
     Vector3 angularVelocity = {0, 0, 0};
 };
 
+/// What one side of a constraint is fixed to.
+struct Attachment {
+    /// Into Physics::bodies; none for the world.
+    std::optional<std::size_t> body;
+
+    /// In the frame of the body's node, or of the world. Without it, that of the other side as the file places it.
+    std::optional<Affine> placement;
+};
+
+/// Lengths or degrees. Locked where both are equal, free where the lower one is above the upper.
+struct Limits {
+    Vector3 lower = {0, 0, 0};
+    Vector3 upper = {0, 0, 0};
+};
+
+/// Per length or per degree.
+struct Spring {
+    double stiffness = 1;
+    double damping = 0;
+    double target = 0;
+};
+
+/// One `instance_rigid_constraint`.
+struct ConstraintInstance {
+    /// How messages call it.
+    std::string label;
+
+    std::string name;
+
+    /// Limits tell where the second side may go, as seen from the first.
+    Attachment first;
+    Attachment second;
+
+    bool enabled = true;
+    bool interpenetrate = false;
+    Limits linear;
+    Limits angular;
+    std::optional<Spring> linearSpring;
+    std::optional<Spring> angularSpring;
+};
+
 /// Everything that the physics scenes of a file instance.
 struct Physics {
     /// Turned with the up-axis.
     std::optional<Vector3> gravity;
 
+    /// Seconds.
+    std::optional<double> timeStep;
+
     /// In document order.
     std::vector<BodyInstance> bodies;
+    std::vector<ConstraintInstance> constraints;
 };
 
 } // namespace tessarin::dynamics::bullet::collada

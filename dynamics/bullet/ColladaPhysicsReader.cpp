@@ -1,5 +1,6 @@
 #include <dynamics/bullet/ColladaPhysicsReader.h>
 
+#include <dynamics/bullet/ColladaMaterials.h>
 #include <dynamics/bullet/ColladaNumbers.h>
 #include <dynamics/bullet/ColladaShapes.h>
 
@@ -13,26 +14,11 @@ namespace {
 /// Models that each hold two of the next one grow beyond all bounds in a few lines.
 constexpr int maxModelInstances = 10000;
 
+/// Of what a file may ask for, in seconds.
+constexpr double shortestStep = 1e-5;
+constexpr double longestStep = 0.25;
+
 constexpr double radiansPerDegree = 3.14159265358979323846 / 180;
-
-/// The last step of a path of sids, without the sign of a reference.
-std::string lastStep(const std::string& reference) {
-    std::string_view step = trimmed(reference);
-    const std::size_t separator = step.find_last_of("#/");
-    return std::string(separator == std::string_view::npos ? step : step.substr(separator + 1));
-}
-
-const Element* bodyIn(const Element* model, const std::string& name) {
-    const std::vector<const Element*> bodies = childrenOf(model, "rigid_body");
-    for (const char* attribute : {"sid", "id", "name"}) {
-        for (const Element* body : bodies) {
-            if (body->getAttributeValue(attribute) == name) {
-                return body;
-            }
-        }
-    }
-    return nullptr;
-}
 
 /// A `technique_common`, or the element itself where the properties stand in it directly.
 const Element* propertiesOf(const Element& element) {
@@ -43,7 +29,8 @@ const Element* propertiesOf(const Element& element) {
 } // namespace
 
 PhysicsReader::PhysicsReader(const Document& file, const Element& rootElement)
-    : document(file), root(rootElement), nodes(file, rootElement), meshes(file) {}
+    : document(file), root(rootElement), nodes(file, rootElement), meshes(file), constraints(file, rootElement, nodes) {
+}
 
 Physics PhysicsReader::read() {
     std::set<const Element*> read;
@@ -57,6 +44,7 @@ Physics PhysicsReader::read() {
             }
         }
     }
+    physics.constraints = constraints.resolve();
     return std::move(physics);
 }
 
@@ -69,20 +57,31 @@ void PhysicsReader::readScene(const Element& scene) {
             document.complain(scene, "<gravity> needs three numbers and is left out");
         }
     }
-    readInstances(scene, nullptr);
+    if (const Element* timeStep = childOf(propertiesOf(scene), "time_step")) {
+        const std::optional<double> seconds = numberIn(timeStep);
+        if (seconds && *seconds >= shortestStep && *seconds <= longestStep) {
+            physics.timeStep = seconds;
+        } else {
+            document.complain(scene, "<time_step> is no time that a step can take and is left out");
+        }
+    }
+    readInstances(scene, {nullptr, 0, {upAxisTurn(root), {0, 0, 0}}, {}});
 }
 
-void PhysicsReader::readInstances(const Element& instance, const Element* model) {
+void PhysicsReader::readInstances(const Element& instance, const Scope& scope) {
     for (const Element* child : childrenOf(&instance)) {
-        if (localTag(*child) == "instance_physics_model") {
-            readModelInstance(*child);
-        } else if (localTag(*child) == "instance_rigid_body") {
-            readBodyInstance(*child, model);
+        const std::string_view tag = localTag(*child);
+        if (tag == "instance_physics_model") {
+            readModelInstance(*child, scope);
+        } else if (tag == "instance_rigid_body") {
+            readBodyInstance(*child, scope);
+        } else if (tag == "instance_rigid_constraint") {
+            constraints.addConstraint(scope.number, *child, scope.model, scope.frame);
         }
     }
 }
 
-void PhysicsReader::readModelInstance(const Element& instance) {
+void PhysicsReader::readModelInstance(const Element& instance, const Scope& outer) {
     if (++modelInstances >= maxModelInstances) {
         if (modelInstances == maxModelInstances) {
             document.complain(instance, "there are too many instances of physics models, the rest is left out");
@@ -93,7 +92,8 @@ void PhysicsReader::readModelInstance(const Element& instance) {
     if (!model) {
         document.complain(instance, "there is no such physics model");
     }
-    readInstances(instance, model);
+    const Scope scope = enter(instance, model, outer);
+    readInstances(instance, scope);
     if (!model) {
         return;
     }
@@ -102,34 +102,41 @@ void PhysicsReader::readModelInstance(const Element& instance) {
         return;
     }
     for (const Element* nested : childrenOf(model, "instance_physics_model")) {
-        readModelInstance(*nested);
+        readModelInstance(*nested, scope);
     }
     openModels.erase(model);
 }
 
-const Element* PhysicsReader::findBody(const Element& instance, const Element* model) const {
-    const std::string name = lastStep(instance.getAttributeValue("body"));
-    if (name.empty()) {
-        const std::vector<const Element*> bodies = childrenOf(model, "rigid_body");
-        return bodies.size() == 1 ? bodies[0] : nullptr;
+PhysicsReader::Scope PhysicsReader::enter(const Element& instance, const Element* model, const Scope& outer) {
+    Scope scope = {model, modelInstances, outer.frame, outer.parents};
+    const Affine placement = placementOf(document, instance);
+    scope.frame = scope.frame * placement;
+    const std::string parent = instance.getAttributeValue("parent");
+    const Element* node = parent.empty() ? nullptr : nodes.find(parent);
+    if (node) {
+        // The node's own place has the turn in it already.
+        const Affine turn = {upAxisTurn(root), {0, 0, 0}};
+        scope.parents.push_back({node, rigidInverse(turn) * nodes.nodeToWorld(*node)});
+        scope.frame = scope.frame * scope.parents.back().place;
+    } else if (!parent.empty()) {
+        document.complain(instance, "there is no node '" + parent + "' to be its parent");
     }
-    if (const Element* body = bodyIn(model, name)) {
-        return body;
+    if (placement.linear != identityMatrix3 || placement.translation != Vector3{0, 0, 0}) {
+        scope.parents.push_back({nullptr, placement});
     }
-    for (const Element* nested : childrenOf(model, "instance_physics_model")) {
-        const Element* nestedModel = document.find(nested->getAttributeValue("url"), "physics_model");
-        if (const Element* body = bodyIn(nestedModel, name)) {
-            return body;
+    return scope;
+}
+
+Affine PhysicsReader::placeOf(const Element& node, const Scope& scope) const {
+    const Affine turn = {upAxisTurn(root), {0, 0, 0}};
+    Affine place = turn;
+    for (const Parent& parent : scope.parents) {
+        // A node below its parent is where it is because of that.
+        if (!parent.node || !nodes.isWithin(node, *parent.node)) {
+            place = place * parent.place;
         }
     }
-    for (const Element* library : childrenOf(&root, "library_physics_models")) {
-        for (const Element* anyModel : childrenOf(library, "physics_model")) {
-            if (const Element* body = bodyIn(anyModel, name)) {
-                return body;
-            }
-        }
-    }
-    return nullptr;
+    return place * rigidInverse(turn) * nodes.nodeToWorld(node);
 }
 
 const Element* PhysicsReader::findTargetNode(const Element& instance, const Element* body) const {
@@ -153,8 +160,8 @@ const Element* PhysicsReader::findTargetNode(const Element& instance, const Elem
     return nullptr;
 }
 
-void PhysicsReader::readBodyInstance(const Element& instance, const Element* model) {
-    const Element* body = findBody(instance, model);
+void PhysicsReader::readBodyInstance(const Element& instance, const Scope& scope) {
+    const Element* body = findInModels(document, root, scope.model, "rigid_body", instance.getAttributeValue("body"));
     const Element* overrides = childOf(&instance, "technique_common");
     if (!body && !childOf(overrides, "shape")) {
         document.complain(instance, "there is no such rigid body, it is left out");
@@ -167,7 +174,7 @@ void PhysicsReader::readBodyInstance(const Element& instance, const Element* mod
     BodyInstance result;
     result.label = describe(instance);
     result.name = Nodes::nameOf(*node);
-    result.nodeToWorld = nodes.nodeToWorld(*node);
+    result.nodeToWorld = scope.parents.empty() ? nodes.nodeToWorld(*node) : placeOf(*node, scope);
     if (!isFinite(result.nodeToWorld)) {
         document.complain(instance, "the place of its node is out of range, the body is left out");
         return;
@@ -177,6 +184,7 @@ void PhysicsReader::readBodyInstance(const Element& instance, const Element* mod
     }
     readProperties(overrides, result.body);
     readMotion(overrides, result);
+    constraints.addBody(scope.number, body, *node, physics.bodies.size());
     physics.bodies.push_back(std::move(result));
 }
 
@@ -189,6 +197,20 @@ void PhysicsReader::readProperties(const Element* technique, RigidBody& body) {
         if (!body.mass) {
             document.complain(*technique, "<mass> is no number and is left out");
         }
+    }
+    if (const Element* inertia = childOf(technique, "inertia")) {
+        Vector3 moments{};
+        if (readNumbers(inertia->text, moments)) {
+            body.inertia = moments;
+        } else {
+            document.complain(*technique, "<inertia> needs three numbers and is left out");
+        }
+    }
+    if (const Element* frame = childOf(technique, "mass_frame")) {
+        body.massFrame = placementOf(document, *frame);
+    }
+    if (const std::optional<Material> material = readMaterial(document, technique)) {
+        body.material = material;
     }
     const std::vector<const Element*> shapes = childrenOf(technique, "shape");
     if (!shapes.empty()) {

@@ -1,12 +1,13 @@
 #pragma once
 
+#include <dynamics/bullet/ColladaConstraints.h>
 #include <dynamics/bullet/ColladaDocument.h>
 #include <dynamics/bullet/ColladaMeshes.h>
 #include <dynamics/bullet/ColladaNodes.h>
 #include <dynamics/bullet/ColladaPhysics.h>
 
 #include <set>
-#include <string>
+#include <vector>
 
 namespace tessarin::dynamics::bullet::collada {
 
@@ -19,16 +20,30 @@ public:
     Physics read();
 
 private:
+    /// A node that an instance of a model is placed under, or a placement without one, in the file's own axes.
+    struct Parent {
+        const Element* node;
+        Affine place;
+    };
+
+    /// What is being read: an instance of a model, or a scene that holds instances of bodies itself.
+    struct Scope {
+        /// Null if there is none.
+        const Element* model;
+        int number;
+
+        /// To the world, up-axis turned.
+        Affine frame;
+        std::vector<Parent> parents;
+    };
+
     void readScene(const Element& scene);
-
-    /// @param instance an `instance_physics_model`, or a scene that holds `instance_rigid_body` itself.
-    /// @param model what is instanced; null if it isn't there.
-    void readInstances(const Element& instance, const Element* model);
-    void readModelInstance(const Element& instance);
-    void readBodyInstance(const Element& instance, const Element* model);
-
+    void readInstances(const Element& instance, const Scope& scope);
+    void readModelInstance(const Element& instance, const Scope& outer);
+    void readBodyInstance(const Element& instance, const Scope& scope);
+    Scope enter(const Element& instance, const Element* model, const Scope& outer);
+    Affine placeOf(const Element& node, const Scope& scope) const;
     const Element* findTargetNode(const Element& instance, const Element* body) const;
-    const Element* findBody(const Element& instance, const Element* model) const;
 
     /// Reads a `technique_common` of a `rigid_body` or of its instance over what is known already.
     void readProperties(const Element* technique, RigidBody& body);
@@ -38,6 +53,7 @@ private:
     const Element& root;
     Nodes nodes;
     Meshes meshes;
+    Constraints constraints;
     std::set<const Element*> openModels;
     int modelInstances = 0;
     Physics physics;

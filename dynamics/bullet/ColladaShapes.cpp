@@ -1,10 +1,14 @@
 #include <dynamics/bullet/ColladaShapes.h>
 
+#include <dynamics/bullet/ColladaMaterials.h>
 #include <dynamics/bullet/ColladaNodes.h>
 #include <dynamics/bullet/ColladaNumbers.h>
+#include <dynamics/bullet/RoundMesh.h>
 
 #include <cmath>
+#include <memory>
 #include <string>
+#include <vector>
 
 namespace tessarin::dynamics::bullet::collada {
 
@@ -33,13 +37,13 @@ bool readSizes(const Element& shape, const char* tag, std::array<double, count>&
 }
 
 /// One radius for all around, or one along X and one along Z.
-bool readRadius(const Element& shape, std::array<double, 2>& radius) {
+bool readRadius(const Element& shape, std::array<double, 2>& radius, const char* tag = "radius") {
     std::array<double, 1> round{};
-    if (readSizes(shape, "radius", round)) {
+    if (readSizes(shape, tag, round)) {
         radius = {round[0], round[0]};
         return true;
     }
-    return readSizes(shape, "radius", radius);
+    return readSizes(shape, tag, radius);
 }
 
 std::optional<Geometry> readBox(const Element& element) {
@@ -73,6 +77,33 @@ std::optional<Geometry> readCapsule(const Element& element) {
     return capsule;
 }
 
+/// The points of a tapered shape span it, so that it is read as a hull.
+MeshShape spannedBy(const std::vector<Ring>& rings, unsigned corners) {
+    return {std::make_shared<Mesh>(makeRoundMesh(rings, corners)), true};
+}
+
+std::optional<Geometry> readTapered(const Element& element, bool isCapsule) {
+    std::array<double, 2> upper{};
+    std::array<double, 2> lower{};
+    std::array<double, 1> height{};
+    if (!readRadius(element, upper, "radius1") || !readRadius(element, lower, "radius2") ||
+        !readSizes(element, "height", height)) {
+        return std::nullopt;
+    }
+    if (isCapsule) {
+        return spannedBy(makeCapsuleRings(lower, upper, height[0], 6), 20);
+    }
+    return spannedBy({{-height[0] / 2, lower[0], lower[1]}, {height[0] / 2, upper[0], upper[1]}}, 40);
+}
+
+std::optional<Geometry> readTaperedCylinder(const Element& element) {
+    return readTapered(element, false);
+}
+
+std::optional<Geometry> readTaperedCapsule(const Element& element) {
+    return readTapered(element, true);
+}
+
 std::optional<Geometry> readPlane(const Element& element) {
     std::array<double, 4> n{};
     const Element* equation = childOf(&element, "equation");
@@ -99,6 +130,10 @@ constexpr GeometryReader analyticReaders[] = {
     {"sphere", readSphere, "needs a <radius> above zero"},
     {"cylinder", readCylinder, "needs a <radius> of one or two numbers and a <height> above zero"},
     {"capsule", readCapsule, "needs a <radius> of one or two numbers above zero and a <height>"},
+    {"tapered_cylinder", readTaperedCylinder,
+     "needs a <radius1> and a <radius2> of one or two numbers and a <height>, all above zero"},
+    {"tapered_capsule", readTaperedCapsule,
+     "needs a <radius1> and a <radius2> of one or two numbers and a <height>, all above zero"},
     {"plane", readPlane, "needs an <equation> of four numbers with a normal"},
 };
 
@@ -153,8 +188,13 @@ std::optional<Shape> readShape(const Document& document, const Element& element,
     if (!geometry) {
         return std::nullopt;
     }
-    return Shape{*geometry, placementOf(document, element), numberIn(childOf(&element, "mass")),
-                 numberIn(childOf(&element, "density"))};
+    const Element* hollow = childOf(&element, "hollow");
+    return Shape{*geometry,
+                 placementOf(document, element),
+                 numberIn(childOf(&element, "mass")),
+                 numberIn(childOf(&element, "density")),
+                 hollow && readBool(hollow->text),
+                 readMaterial(document, &element)};
 }
 
 } // namespace tessarin::dynamics::bullet::collada

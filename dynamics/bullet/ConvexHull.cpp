@@ -101,13 +101,16 @@ void ConvexHull::computeMass() {
     btConvexHullComputer computer;
     compute(computer, corners, bounds.centre(), 0);
     SurfaceMass surface;
+    ShellMass thinShell;
     for (int face = 0; face < computer.faces.size(); ++face) {
         const btConvexHullComputer::Edge* const first = &computer.edges[computer.faces[face]];
         const Vector3 start = fromBullet(computer.vertices[first->getSourceVertex()]);
         for (const auto* edge = first->getNextEdgeOfFace(); edge->getTargetVertex() != first->getSourceVertex();
              edge = edge->getNextEdgeOfFace()) {
-            surface.addTriangle(start, fromBullet(computer.vertices[edge->getSourceVertex()]),
-                                fromBullet(computer.vertices[edge->getTargetVertex()]));
+            const Vector3 source = fromBullet(computer.vertices[edge->getSourceVertex()]);
+            const Vector3 target = fromBullet(computer.vertices[edge->getTargetVertex()]);
+            surface.addTriangle(start, source, target);
+            thinShell.addTriangle(start, source, target);
         }
     }
     mass = surface.get();
@@ -122,7 +125,9 @@ void ConvexHull::computeMass() {
     } else if (mass.mass < 0) {
         mass = {-mass.mass, mass.centre, mass.covariance * -1};
     }
+    shell = flat ? mass : thinShell.get();
     mass.centre = mass.centre + bounds.centre();
+    shell.centre = shell.centre + bounds.centre();
 }
 
 std::unique_ptr<btConvexHullShape> ConvexHull::makeShape(const Affine& toFrame, double margin) const {

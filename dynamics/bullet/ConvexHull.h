@@ -19,6 +19,9 @@ public:
     /// Of density 1.
     const MassDistribution& getMass() const { return mass; }
 
+    /// Of the surface alone.
+    const MassDistribution& getShell() const { return shell; }
+
     /// Half of what the hull measures along the narrowest axis and along the widest.
     double getSmallestHalfExtent() const { return smallestHalfExtent; }
     double getLargestHalfExtent() const { return largestHalfExtent; }
@@ -39,6 +42,7 @@ private:
 
     std::vector<Vector3> corners;
     MassDistribution mass;
+    MassDistribution shell;
     double smallestHalfExtent = 0;
     double largestHalfExtent = 0;
     bool flat = false;

@@ -59,6 +59,24 @@ MassDistribution operator+(const MassDistribution& a, const MassDistribution& b)
             a.covariance + b.covariance + outerProduct(apart, apart) * (a.mass * b.mass / mass)};
 }
 
+void ShellMass::addTriangle(const Vector3& a, const Vector3& b, const Vector3& c) {
+    const double part = length(cross(b - a, c - a)) / 2;
+    const Vector3 sum = a + b + c;
+    area += part;
+    firstMoment = firstMoment + sum * (part / 3);
+    secondMoment =
+        secondMoment +
+        (outerProduct(a, a) + outerProduct(b, b) + outerProduct(c, c) + outerProduct(sum, sum)) * (part / 12);
+}
+
+MassDistribution ShellMass::get() const {
+    if (!(area > 0)) {
+        return {};
+    }
+    const Vector3 centre = firstMoment * (1 / area);
+    return {area, centre, secondMoment + outerProduct(centre, centre) * -area};
+}
+
 void SurfaceMass::addTriangle(const Vector3& a, const Vector3& b, const Vector3& c) {
     // The tetrahedron of the triangle and the origin.
     const double part = dot(a, cross(b, c)) / 6;

@@ -31,6 +31,18 @@ MassDistribution withMass(const MassDistribution& solid, double mass);
 
 MassDistribution operator+(const MassDistribution& a, const MassDistribution& b);
 
+/// Adds up a surface, triangle after triangle, into a thin shell of density 1 for each area.
+class ShellMass {
+public:
+    void addTriangle(const Vector3& a, const Vector3& b, const Vector3& c);
+    MassDistribution get() const;
+
+private:
+    double area = 0;
+    Vector3 firstMoment = {0, 0, 0};
+    Matrix3 secondMoment = {};
+};
+
 /// Adds up a closed surface, triangle after triangle, into the solid of density 1 within it.
 class SurfaceMass {
 public:

@@ -1,10 +1,13 @@
 #include <dynamics/bullet/SolidPiece.h>
 
+#include <dynamics/bullet/RoundMesh.h>
+
 #include <logging/Logger.h>
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
+#include <vector>
 
 namespace tessarin::dynamics::bullet {
 
@@ -16,6 +19,44 @@ using logging::Logger;
 bool isUsableSize(double size) {
     return size > 1e-7 && size < 1e9;
 }
+
+/// The shell of a primitive under a map, from a fine mesh: in closed form there is none for what a stretch makes.
+struct ShellMaker {
+    Affine map;
+
+    MassDistribution operator()(const collada::Box& box) const {
+        const Vector3& h = box.halfExtents;
+        // A prism of four corners has them on its axes, so it is turned and widened to the box.
+        const Affine prism = {Matrix3{{{h[0], 0, h[0]}, {0, 1, 0}, {-h[2], 0, h[2]}}}, {0, 0, 0}};
+        return shellOf({{-h[1], 1, 1}, {h[1], 1, 1}}, 4, map * prism);
+    }
+
+    MassDistribution operator()(const collada::Sphere& sphere) const {
+        const double radius = sphere.radius;
+        return shellOf(makeCapsuleRings({radius, radius}, {radius, radius}, 0, 24), 96, map);
+    }
+
+    MassDistribution operator()(const collada::Cylinder& cylinder) const {
+        const double radius = cylinder.radius[0];
+        return shellOf({{-cylinder.height / 2, radius, radius}, {cylinder.height / 2, radius, radius}}, 96, map);
+    }
+
+    MassDistribution operator()(const collada::Capsule& capsule) const {
+        const double radius = capsule.radius[0];
+        return shellOf(makeCapsuleRings({radius, radius}, {radius, radius}, capsule.height, 24), 96, map);
+    }
+
+    static MassDistribution shellOf(const std::vector<Ring>& rings, unsigned corners, const Affine& map) {
+        const collada::Mesh mesh = makeRoundMesh(rings, corners);
+        ShellMass shell;
+        for (const auto& triangle : mesh.triangles) {
+            shell.addTriangle(transformPoint(map, mesh.vertices[triangle[0]]),
+                              transformPoint(map, mesh.vertices[triangle[1]]),
+                              transformPoint(map, mesh.vertices[triangle[2]]));
+        }
+        return shell.get();
+    }
+};
 
 class PieceMaker {
 public:
@@ -56,7 +97,7 @@ public:
             report(Logger::errorLevel, "the scale leaves nothing of a <plane>, the shape is left out");
             return std::nullopt;
         }
-        return SolidPiece{collada::Plane{normal, -dot(normal, point)}, {}, 0, false};
+        return SolidPiece{collada::Plane{normal, -dot(normal, point)}, {}, {}, 0, false};
     }
 
     std::optional<SolidPiece> operator()(const collada::MeshShape& shape) const {
@@ -65,7 +106,7 @@ public:
             vertex = transformPoint(map, vertex);
         }
         if (!dynamic && !shape.convex && !mesh.triangles.empty()) {
-            return SolidPiece{std::move(mesh), {}, 0, false};
+            return SolidPiece{std::move(mesh), {}, {}, 0, false};
         }
         ConvexHull hull(mesh.vertices);
         if (!isUsableSize(hull.getLargestHalfExtent())) {
@@ -79,10 +120,11 @@ public:
             report(Logger::infoLevel, "a concave mesh can't move as it is, its convex hull is taken");
         }
         const MassDistribution mass = hull.getMass();
+        const MassDistribution shell = hull.getShell();
         const double size = std::max(hull.getSmallestHalfExtent(), 1e-3 * hull.getLargestHalfExtent());
         // A hull of that many corners is a tessellated round thing.
         const bool isRound = hull.getCornerCount() > 16;
-        return SolidPiece{std::move(hull), mass, size, isRound};
+        return SolidPiece{std::move(hull), mass, shell, size, isRound};
     }
 
 private:
@@ -105,7 +147,8 @@ private:
             return std::nullopt;
         }
         return SolidPiece{SolidPiece::Analytic{primitive, {parts.rotation, mapOfPrimitive.translation}, parts.stretch},
-                          transformed(mass, mapOfPrimitive), smallest, isRound};
+                          transformed(mass, mapOfPrimitive), std::visit(ShellMaker{mapOfPrimitive}, primitive),
+                          smallest, isRound};
     }
 
     /// A closed mesh that fills its hull is convex already.
@@ -146,6 +189,9 @@ std::optional<SolidPiece> makeSolidPiece(const collada::Shape& shape, const Matr
         piece->mass = withMass(piece->mass, piece->mass.mass * *shape.density);
     } else if (shape.density) {
         report(Logger::errorLevel, "the density of a shape isn't above zero, 1 is taken instead");
+    }
+    if (shape.hollow && piece->shell.mass > 0) {
+        piece->mass = withMass(piece->shell, piece->mass.mass);
     }
     return piece;
 }

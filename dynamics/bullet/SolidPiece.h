@@ -28,6 +28,9 @@ struct SolidPiece {
 
     MassDistribution mass;
 
+    /// How the mass is spread where all of it is in the surface.
+    MassDistribution shell;
+
     /// Half of what it measures where it is narrowest.
     double size = 0;
 

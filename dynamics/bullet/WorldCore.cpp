@@ -2,6 +2,7 @@
 
 #include <dynamics/bullet/BulletBody.h>
 #include <dynamics/bullet/BulletConversions.h>
+#include <dynamics/bullet/JointCore.h>
 
 #include <algorithm>
 #include <cmath>
@@ -23,8 +24,8 @@ constexpr double restingDepth = 0.02;
 /// How long the engine may take at once, as part of the time in which a body falls by half its size. Two boxes of a
 /// metre stacked on earth need 1/120 s; smaller ones fall apart in that.
 constexpr double substepPart = 0.0375;
-constexpr double minSubsteps = 2;
-constexpr double maxSubsteps = 4;
+constexpr double longestSubstep = 1.0 / 120;
+constexpr double shortestSubstep = 1.0 / 240;
 
 /// Parts of a fixed step that are lost to rounding when times are added up.
 constexpr double timeRounding = 1e-6;
@@ -43,7 +44,9 @@ public:
 
 } // namespace
 
-WorldCore::WorldCore() : dispatcher(&configuration), world(&dispatcher, &broadphase, &solver, &configuration) {
+WorldCore::WorldCore()
+    : dispatcher(&configuration), world(&dispatcher, &broadphase, &solver, &configuration),
+      ground(0, nullptr, &groundShape) {
     // A box on a plane gets its four contacts at once, and not one a step.
     configuration.setPlaneConvexMultipointIterations(4, 4);
     world.setGravity(btVector3(0, 0, 0));
@@ -69,8 +72,12 @@ int WorldCore::step(double seconds) {
     if (timeLeft < timeRounding * fixedStep) {
         timeLeft = 0;
     }
-    for (int i = 0; i < count; ++i) {
-        runFixedStep();
+    if (count > 0) {
+        contacts.start();
+        for (int i = 0; i < count; ++i) {
+            runFixedStep();
+        }
+        contacts.finish();
     }
     return count;
 }
@@ -78,10 +85,16 @@ int WorldCore::step(double seconds) {
 void WorldCore::runFixedStep() {
     const int substeps = countSubsteps();
     world.getSolverInfo().m_splitImpulsePenetrationThreshold = static_cast<btScalar>(-restingDepth * smallestSize);
+    const double seconds = fixedStep / substeps;
     for (int i = 0; i < substeps; ++i) {
+        for (JointCore* joint : sprung) {
+            joint->pushSprings(seconds);
+        }
         // Told to make no steps of its own, the engine takes the time as it is, in one step.
-        world.stepSimulation(static_cast<btScalar>(fixedStep / substeps), 0);
+        world.stepSimulation(static_cast<btScalar>(seconds), 0);
+        contacts.gather(dispatcher);
     }
+    contacts.join();
     ++stepCount;
     watchBodies();
 }
@@ -89,7 +102,8 @@ void WorldCore::runFixedStep() {
 int WorldCore::countSubsteps() const {
     const double pull = length(gravity);
     const double wanted = pull > 0 && smallestSize > 0 ? fixedStep / (substepPart * std::sqrt(smallestSize / pull)) : 0;
-    return static_cast<int>(std::ceil(std::clamp(wanted, minSubsteps, maxSubsteps)));
+    const double count = std::clamp(wanted, fixedStep / longestSubstep, fixedStep / shortestSubstep);
+    return static_cast<int>(std::ceil(count - timeRounding));
 }
 
 void WorldCore::watchBodies() {
@@ -123,10 +137,13 @@ void WorldCore::setGravity(const Vector3& acceleration) {
 void WorldCore::setThresholds(btRigidBody& body) const {
     // A body that for a while moves by no more than part of its size a second is at rest, unless that is what it falls
     // with meanwhile. Where nothing pulls it down it drifts, and hardly ever is at rest.
-    const double size = static_cast<BulletBody*>(body.getUserPointer())->getSize();
+    const auto& owner = *static_cast<BulletBody*>(body.getUserPointer());
+    const double size = owner.getSize();
     const double pull = length(gravity);
-    const double part = pull > 0 ? 0.2 : 0.001;
-    const double linear = pull > 0 ? std::min(part * size, 0.05 * pull) : part * size;
+    // What hangs on a joint may be as slow where a swing turns round.
+    const bool settles = pull > 0 && !owner.hasJoints();
+    const double part = settles ? 0.2 : 0.001;
+    const double linear = settles ? std::min(part * size, 0.05 * pull) : part * size;
     body.setSleepingThresholds(static_cast<btScalar>(linear), static_cast<btScalar>(part));
 }
 
@@ -148,6 +165,25 @@ void WorldCore::remove(btRigidBody& body) {
         solver.reset();
         timeLeft = 0;
     }
+}
+
+void WorldCore::add(btTypedConstraint& constraint, bool disableCollisions) {
+    world.addConstraint(&constraint, disableCollisions);
+}
+
+void WorldCore::remove(btTypedConstraint& constraint) {
+    world.removeConstraint(&constraint);
+}
+
+void WorldCore::addSprung(JointCore& joint) {
+    joint.sprungIndex = sprung.size();
+    sprung.push_back(&joint);
+}
+
+void WorldCore::removeSprung(JointCore& joint) {
+    sprung[joint.sprungIndex] = sprung.back();
+    sprung[joint.sprungIndex]->sprungIndex = joint.sprungIndex;
+    sprung.pop_back();
 }
 
 void WorldCore::wakeAround(btRigidBody& body) {

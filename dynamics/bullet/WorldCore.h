@@ -1,15 +1,20 @@
 #pragma once
 
 #include <dynamics/bullet/Affine.h>
+#include <dynamics/bullet/ContactList.h>
+#include <dynamics/bullet/EngineWorld.h>
 
 #include <btBulletDynamicsCommon.h>
 
 #include <cstdint>
+#include <vector>
 
 namespace tessarin::dynamics::bullet {
 
-/// The engine behind a world. The world and each of its bodies hold it, so it goes with the last of them and nobody
-/// ever meets an engine that is gone.
+class JointCore;
+
+/// The engine behind a world. The world and each of its bodies and joints hold it, so it goes with the last of them and
+/// nobody ever meets an engine that is gone.
 class WorldCore {
 public:
     WorldCore();
@@ -41,6 +46,21 @@ public:
     /// To be called after a body was put somewhere: from here on it is seen there. Wakes what is near.
     void updatePlace(btRigidBody& body);
 
+    /// A body of no mass at the origin, which is in no world, for joints to hold on to the world by.
+    btRigidBody& getGround() { return ground; }
+
+    void add(btTypedConstraint& constraint, bool disableCollisions);
+    void remove(btTypedConstraint& constraint);
+
+    /// Joints whose springs push before each step of the engine.
+    void addSprung(JointCore& joint);
+    void removeSprung(JointCore& joint);
+
+    /// When the body may fall asleep, by its size, its joints and gravity. Of a static body nothing.
+    void setThresholds(btRigidBody& body) const;
+
+    ContactList& getContacts() { return contacts; }
+
     /// How many fixed steps have been run.
     std::uint64_t getStepCount() const { return stepCount; }
 
@@ -49,13 +69,16 @@ private:
     int countSubsteps() const;
     void watchBodies();
     void noteSize(double size);
-    void setThresholds(btRigidBody& body) const;
 
     btDefaultCollisionConfiguration configuration;
     btCollisionDispatcher dispatcher;
     btDbvtBroadphase broadphase;
     btSequentialImpulseConstraintSolver solver;
-    btDiscreteDynamicsWorld world;
+    EngineWorld world;
+    btEmptyShape groundShape;
+    btRigidBody ground;
+    ContactList contacts;
+    std::vector<JointCore*> sprung;
 
     Vector3 gravity = {0, 0, 0};
     double fixedStep = 1.0 / 60;

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <btBulletDynamicsCommon.h>
+
+namespace tessarin::dynamics::bullet {
+
+/// The engine's world with what it lacks: a friction that differs between sliding and sticking, and constraints that
+/// are taken out in no time.
+class EngineWorld : public btDiscreteDynamicsWorld {
+public:
+    using btDiscreteDynamicsWorld::btDiscreteDynamicsWorld;
+
+    void addConstraint(btTypedConstraint* constraint, bool disableCollisions) override;
+    void removeConstraint(btTypedConstraint* constraint) override;
+
+protected:
+    void solveConstraints(btContactSolverInfo& info) override;
+
+private:
+    void setFrictions(const btContactSolverInfo& info);
+};
+
+} // namespace tessarin::dynamics::bullet

@@ -1,0 +1,299 @@
+#include <dynamics/bullet/JointCore.h>
+
+#include <dynamics/bullet/BulletBody.h>
+#include <dynamics/bullet/BulletConversions.h>
+#include <dynamics/bullet/WorldCore.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace tessarin::dynamics::bullet {
+
+namespace {
+
+constexpr double pi = 3.14159265358979323846;
+constexpr double radiansPerDegree = pi / 180;
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+/// Lengths beyond this are never reached, and some exporters write the largest number there is for infinity.
+constexpr double farthestLimit = 1e12;
+
+/// A spring that swings this little in one step is left to swing freely; a stiffer one is held back, or it would blow
+/// up.
+constexpr double softSpring = 0.05;
+
+/// A light body far from its hinge needs that many to follow a motor.
+constexpr int solverIterations = 100;
+
+/// How much of what the attachments are apart is taken back in one step.
+constexpr btScalar recovery = 0.4F;
+
+JointLimits linearLimits(double lower, double upper) {
+    if (lower > upper || (lower < -farthestLimit && upper > farthestLimit)) {
+        return {-infinity, infinity};
+    }
+    return {lower < -farthestLimit ? -infinity : lower, upper > farthestLimit ? infinity : upper};
+}
+
+JointLimits angularLimits(double lower, double upper) {
+    // A stop on one side only would be met again from behind after a turn, so the other one is half a turn away.
+    const double low = std::isfinite(lower) || !std::isfinite(upper) ? lower : std::min(upper, 0.0) - 180;
+    const double high = std::isfinite(upper) || !std::isfinite(lower) ? upper : std::max(lower, 0.0) + 180;
+    if (low > high || high - low >= 360) {
+        return {-infinity, infinity};
+    }
+    return {low * radiansPerDegree, high * radiansPerDegree};
+}
+
+/// The engine keeps the axis in the middle of its order within a quarter turn, so that has to be the narrowest.
+RotateOrder orderFor(const collada::Limits& angular) {
+    std::array<double, 3> width{};
+    for (std::size_t i = 0; i < 3; ++i) {
+        const JointLimits limits = angularLimits(angular.lower[i], angular.upper[i]);
+        width[i] = limits.upper - limits.lower;
+    }
+    constexpr std::array<RotateOrder, 3> byMiddle = {RO_YXZ, RO_XYZ, RO_XZY};
+    // Where all are alike, X and Z are the ones that may be wide.
+    std::size_t middle = 1;
+    for (const std::size_t i : {std::size_t(0), std::size_t(2)}) {
+        middle = width[i] < width[middle] ? i : middle;
+    }
+    return byMiddle[middle];
+}
+
+btTransform frameInBody(const JointCore::Side& side) {
+    return toBullet(side.body ? rigidInverse(side.body->getMassFrame()) * side.frame : side.frame);
+}
+
+btRigidBody& engineBody(BulletBody* body, WorldCore& core) {
+    return body ? body->getRigidBody() : core.getGround();
+}
+
+/// What resists a push along an axis through a point, with both bodies free.
+double inverseMassAt(const btRigidBody& body, const btVector3& point, const btVector3& axis) {
+    const btVector3 arm = (point - body.getCenterOfMassPosition()).cross(axis);
+    return body.getInvMass() + arm.dot(body.getInvInertiaTensorWorld() * arm);
+}
+
+/// @param inverseMass of all that moves.
+double springForce(const collada::Spring& spring, double off, double velocity, double inverseMass, double seconds) {
+    const double stiffness = spring.stiffness;
+    const double damping = spring.damping;
+    const double isStiff = seconds * (seconds * stiffness + damping) * inverseMass;
+    if (isStiff < softSpring) {
+        return -stiffness * off - damping * velocity;
+    }
+    // Taken with the position and velocity that the step leads to, which keeps the stiffest spring in bounds.
+    return -(stiffness * (off + seconds * velocity) + damping * velocity) / (1 + isStiff);
+}
+
+} // namespace
+
+JointCore::JointCore(std::shared_ptr<WorldCore> worldCore, const collada::ConstraintInstance& description,
+                     const Side& firstSide, const Side& secondSide)
+    : core(std::move(worldCore)), first(firstSide.body), second(secondSide.body), enabled(description.enabled) {
+    btRigidBody& a = engineBody(first, *core);
+    btRigidBody& b = engineBody(second, *core);
+    constraint = std::make_unique<btGeneric6DofSpring2Constraint>(a, b, frameInBody(firstSide), frameInBody(secondSide),
+                                                                  orderFor(description.angular));
+    constraint->setOverrideNumSolverIterations(solverIterations);
+    setLimits(description);
+    setSprings(description);
+    constraint->setEnabled(enabled);
+    for (BulletBody* body : {first, second}) {
+        if (body) {
+            body->addJoint(*this);
+        }
+    }
+    isInEngine = !a.isStaticObject() || !b.isStaticObject();
+    if (isInEngine) {
+        core->add(*constraint, description.interpenetrate && first && second);
+        core->addSprung(*this);
+    }
+    wake();
+}
+
+JointCore::~JointCore() {
+    disconnect();
+}
+
+void JointCore::disconnect() {
+    if (!constraint) {
+        return;
+    }
+    wake();
+    if (isInEngine) {
+        core->remove(*constraint);
+        core->removeSprung(*this);
+    }
+    for (BulletBody** body : {&first, &second}) {
+        if (*body) {
+            (*body)->removeJoint(*this);
+        }
+        *body = nullptr;
+    }
+    constraint.reset();
+}
+
+void JointCore::setLimits(const collada::ConstraintInstance& description) {
+    for (std::size_t i = 0; i < 3; ++i) {
+        limits[i] = linearLimits(description.linear.lower[i], description.linear.upper[i]);
+        limits[3 + i] = angularLimits(description.angular.lower[i], description.angular.upper[i]);
+    }
+    for (std::size_t axis = 0; axis < 6; ++axis) {
+        applyLimit(axis);
+        constraint->setParam(BT_CONSTRAINT_STOP_ERP, recovery, static_cast<int>(axis));
+    }
+}
+
+void JointCore::applyLimit(std::size_t axis) {
+    JointLimits limit = limits[axis];
+    if (limit.lower == -infinity && limit.upper == infinity) {
+        limit = {1, -1};
+    }
+    const auto finite = [](double value) { return static_cast<btScalar>(std::clamp(value, -1e18, 1e18)); };
+    if (axis < 3) {
+        const auto index = static_cast<int>(axis);
+        constraint->getTranslationalLimitMotor()->m_lowerLimit[index] = finite(limit.lower);
+        constraint->getTranslationalLimitMotor()->m_upperLimit[index] = finite(limit.upper);
+    } else {
+        // Past the setters, which bring each limit into one turn by itself.
+        btRotationalLimitMotor2& motor = *constraint->getRotationalLimitMotor(static_cast<int>(axis - 3));
+        motor.m_loLimit = limit.lower > limit.upper ? btScalar(1) : finite(-limit.upper);
+        motor.m_hiLimit = limit.lower > limit.upper ? btScalar(-1) : finite(-limit.lower);
+    }
+}
+
+void JointCore::setSprings(const collada::ConstraintInstance& description) {
+    const auto addFor = [&](std::size_t begin, const std::optional<collada::Spring>& spring, double unit) {
+        // One resting distance for three axes: it is along the first that may move.
+        double target = spring ? spring->target * unit : 0;
+        for (std::size_t axis = begin; spring && axis < begin + 3; ++axis) {
+            if (isLocked(axis)) {
+                continue;
+            }
+            springs.push_back({axis, {spring->stiffness / unit, spring->damping / unit, target}});
+            target = 0;
+        }
+    };
+    addFor(0, description.linearSpring, 1);
+    addFor(3, description.angularSpring, radiansPerDegree);
+}
+
+Affine JointCore::getFirstFrame() const {
+    return constraint ? fromBullet(constraint->getRigidBodyA().getWorldTransform() * constraint->getFrameOffsetA())
+                      : Affine();
+}
+
+Affine JointCore::getSecondFrame() const {
+    return constraint ? fromBullet(constraint->getRigidBodyB().getWorldTransform() * constraint->getFrameOffsetB())
+                      : Affine();
+}
+
+void JointCore::setEnabled(bool shouldHold) {
+    enabled = shouldHold;
+    if (constraint) {
+        constraint->setEnabled(shouldHold);
+        wake();
+    }
+}
+
+double JointCore::getPosition(std::size_t axis) const {
+    if (!constraint) {
+        return 0;
+    }
+    constraint->calculateTransforms();
+    if (axis < 3) {
+        return constraint->getRelativePivotPosition(static_cast<int>(axis));
+    }
+    const double angle = -static_cast<double>(constraint->getAngle(static_cast<int>(axis - 3)));
+    const double middle = std::isfinite(limits[axis].lower) ? (limits[axis].lower + limits[axis].upper) / 2 : 0;
+    return middle + std::remainder(angle - middle, 2 * pi);
+}
+
+void JointCore::runMotor(std::size_t axis, double velocity, double maxForce) {
+    const auto index = static_cast<int>(axis);
+    constraint->enableMotor(index, true);
+    constraint->setServo(index, false);
+    // The engine counts velocities from the second side to the first.
+    constraint->setTargetVelocity(index, static_cast<btScalar>(-velocity));
+    constraint->setMaxMotorForce(index, static_cast<btScalar>(maxForce));
+    wake();
+}
+
+void JointCore::holdMotor(std::size_t axis, double position, double maxVelocity, double maxForce) {
+    const auto index = static_cast<int>(axis);
+    constraint->enableMotor(index, true);
+    constraint->setServo(index, true);
+    constraint->setServoTarget(index, static_cast<btScalar>(axis < 3 ? position : -position));
+    constraint->setTargetVelocity(index, static_cast<btScalar>(maxVelocity));
+    constraint->setMaxMotorForce(index, static_cast<btScalar>(maxForce));
+    wake();
+}
+
+void JointCore::stopMotor(std::size_t axis) {
+    if (constraint) {
+        constraint->enableMotor(static_cast<int>(axis), false);
+        constraint->setServo(static_cast<int>(axis), false);
+        wake();
+    }
+}
+
+void JointCore::pushSprings(double seconds) {
+    const btRigidBody& a = constraint->getRigidBodyA();
+    const btRigidBody& b = constraint->getRigidBodyB();
+    if (springs.empty() || !enabled || !(a.isActive() || b.isActive())) {
+        return;
+    }
+    constraint->calculateTransforms();
+    for (const AxisSpring& spring : springs) {
+        if (spring.axis < 3) {
+            pushLinear(spring, seconds);
+        } else {
+            pushAngular(spring, seconds);
+        }
+    }
+}
+
+void JointCore::pushLinear(const AxisSpring& axisSpring, double seconds) {
+    btRigidBody& a = constraint->getRigidBodyA();
+    btRigidBody& b = constraint->getRigidBodyB();
+    const auto index = static_cast<int>(axisSpring.axis);
+    const btVector3 axis = constraint->getCalculatedTransformA().getBasis().getColumn(index);
+    const btVector3 point = constraint->getCalculatedTransformB().getOrigin();
+    const btVector3 armA = point - a.getCenterOfMassPosition();
+    const btVector3 armB = point - b.getCenterOfMassPosition();
+    const btVector3 speed = b.getVelocityInLocalPoint(armB) - a.getVelocityInLocalPoint(armA);
+    const double off = constraint->getRelativePivotPosition(index) - axisSpring.spring.target;
+    const double force = springForce(axisSpring.spring, off, axis.dot(speed),
+                                     inverseMassAt(a, point, axis) + inverseMassAt(b, point, axis), seconds);
+    const btVector3 push = axis * static_cast<btScalar>(force);
+    b.applyForce(push, armB);
+    a.applyForce(-push, armA);
+}
+
+void JointCore::pushAngular(const AxisSpring& axisSpring, double seconds) {
+    btRigidBody& a = constraint->getRigidBodyA();
+    btRigidBody& b = constraint->getRigidBodyB();
+    const btVector3 axis = constraint->getAxis(static_cast<int>(axisSpring.axis - 3));
+    const double speed = axis.dot(b.getAngularVelocity() - a.getAngularVelocity());
+    const double off = getPosition(axisSpring.axis) - axisSpring.spring.target;
+    const double inverseInertia =
+        axis.dot(a.getInvInertiaTensorWorld() * axis) + axis.dot(b.getInvInertiaTensorWorld() * axis);
+    const btVector3 push =
+        axis * static_cast<btScalar>(springForce(axisSpring.spring, off, speed, inverseInertia, seconds));
+    b.applyTorque(push);
+    a.applyTorque(-push);
+}
+
+void JointCore::wake() {
+    for (BulletBody* body : {first, second}) {
+        if (body) {
+            body->getRigidBody().activate(true);
+        }
+    }
+}
+
+} // namespace tessarin::dynamics::bullet
