@@ -98,7 +98,7 @@ void Constraints::addBody(int scope, const Element* body, const Element& node, s
 void Constraints::addConstraint(int scope, const Element& instance, const Element* model, const Affine& placement) {
     const std::string reference = instance.getAttributeValue("constraint");
     // Exporters give several constraints one sid and instance it as many times; each is meant once.
-    const std::size_t index = timesInstanced[{scope, reference}]++;
+    const std::size_t index = timesInstanced[{scope, lastStep(reference)}]++;
     const Element* constraint = findInModels(document, root, model, "rigid_constraint", reference, index);
     if (constraint) {
         constraints.push_back({scope, &instance, constraint, model, placement});
@@ -156,10 +156,6 @@ bool Constraints::resolveSide(const Pending& pending, const Element* side, Attac
     if (attachment.body || hasNode || hasPlacement(side)) {
         const Affine placement = side ? placementOf(document, *side) : Affine();
         attachment.placement = attachment.body ? placement : frame * placement;
-        if (!isFinite(*attachment.placement)) {
-            document.complain(*pending.constraint, "the place of an attachment is out of range, the joint is left out");
-            return false;
-        }
     }
     return true;
 }

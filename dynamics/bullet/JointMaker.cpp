@@ -15,6 +15,9 @@ namespace {
 
 using logging::Logger;
 
+/// The square of a distance has to fit single precision.
+constexpr double farthestPlace = 1e15;
+
 Affine rigid(const Affine& placement) {
     return {polarPartsOf(placement.linear).rotation, placement.translation};
 }
@@ -51,6 +54,12 @@ std::unique_ptr<DynamicsJoint> makeJoint(const collada::ConstraintInstance& desc
     if (first.body == second.body) {
         report(Logger::errorLevel, "both its attachments are to one body, the joint is left out");
         return nullptr;
+    }
+    for (const JointCore::Side* side : {&first, &second}) {
+        if (!isFinite(side->frame) || !(length(side->frame.translation) < farthestPlace)) {
+            report(Logger::errorLevel, "the place of an attachment is out of range, the joint is left out");
+            return nullptr;
+        }
     }
     if (!description.first.placement) {
         meet(first, second);
