@@ -110,7 +110,9 @@ JointCore::JointCore(std::shared_ptr<WorldCore> worldCore, const collada::Constr
     isInEngine = !a.isStaticObject() || !b.isStaticObject();
     if (isInEngine) {
         core->add(*constraint, description.interpenetrate && first && second);
-        core->addSprung(*this);
+        if (!springs.empty()) {
+            core->addSprung(*this);
+        }
     }
     wake();
 }
@@ -126,7 +128,9 @@ void JointCore::disconnect() {
     wake();
     if (isInEngine) {
         core->remove(*constraint);
-        core->removeSprung(*this);
+        if (!springs.empty()) {
+            core->removeSprung(*this);
+        }
     }
     for (BulletBody** body : {&first, &second}) {
         if (*body) {
@@ -244,7 +248,7 @@ void JointCore::stopMotor(std::size_t axis) {
 void JointCore::pushSprings(double seconds) {
     const btRigidBody& a = constraint->getRigidBodyA();
     const btRigidBody& b = constraint->getRigidBodyB();
-    if (springs.empty() || !enabled || !(a.isActive() || b.isActive())) {
+    if (!enabled || !(a.isActive() || b.isActive())) {
         return;
     }
     constraint->calculateTransforms();
