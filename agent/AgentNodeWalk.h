@@ -21,7 +21,18 @@ struct AgentNode::Walk {
     using Entry = typename std::list<T*>::iterator;
     static constexpr bool overChildren = std::is_same_v<T, AgentNode>;
 
-    explicit Walk(AgentNode& agent) : node(&agent), outer(chain(agent)) { chain(agent) = this; }
+    // The chain names this local only as long as it lives: the destructor takes it out, or the agent is gone before.
+    // GCC sees the first half of that.
+#if defined(__GNUC__) && !defined(__clang__)
+#    pragma GCC diagnostic push
+#    pragma GCC diagnostic ignored "-Wdangling-pointer"
+#endif
+    explicit Walk(AgentNode& agent) : node(&agent), outer(chain(agent)) {
+        chain(agent) = this;
+    }
+#if defined(__GNUC__) && !defined(__clang__)
+#    pragma GCC diagnostic pop
+#endif
 
     ~Walk() {
         if (node)
@@ -41,7 +52,9 @@ struct AgentNode::Walk {
     }
 
     /// Null at the end and when the agent is gone.
-    T* get() const { return node && current != end ? *current : nullptr; }
+    T* get() const {
+        return node && current != end ? *current : nullptr;
+    }
 
     void advance() {
         if (onNext)
@@ -54,7 +67,9 @@ struct AgentNode::Walk {
     }
 
     /// True as long as the entry that get() gave last is still in the list.
-    bool isOnVisited() const { return node && !onNext; }
+    bool isOnVisited() const {
+        return node && !onNext;
+    }
 
     static Walk*& chain(AgentNode& agent) {
         if constexpr (overChildren)
