@@ -57,6 +57,25 @@ TEST(Contact, TellsWhoTouchesWhereAndHowHard) {
     EXPECT_NEAR(impulse, 2 * 10 * 2, 0.5);
 }
 
+TEST(Contact, NormalsPointFromTheSecondToTheFirstWhateverCameFirst) {
+    for (const bool groundFirst : {true, false}) {
+        ColladaScene scene;
+        if (groundFirst) {
+            scene.addGround();
+        }
+        scene.add("box", "<translate>0 0 0.5</translate>", box);
+        if (!groundFirst) {
+            scene.addGround();
+        }
+        LoadedWorld loaded(scene);
+        loaded.run(10);
+        ASSERT_EQ(loaded.world->getContacts().size(), 1U);
+        const BulletContact& contact = loaded.world->getContacts()[0];
+        EXPECT_EQ(contact.first, &loaded.body(groundFirst ? "ground" : "box"));
+        EXPECT_NEAR(contact.normal[2], groundFirst ? -1 : 1, 1e-3);
+    }
+}
+
 TEST(Contact, SleepersAreNotListedAndDoNotBeginAnewWhenWoken) {
     ColladaScene scene;
     scene.addGround();
