@@ -27,7 +27,7 @@ TEST(Logger, WritesErrorsAloneToTheStandardErrorStream) {
     log4cpp::Category* category = fetch("test.plain");
     testing::internal::CaptureStderr();
     Logger::log(category, 600, "agent/AgentNode.cpp", 1, "not asked for");
-    Logger::log(category, 300, "/home/somebody/source/agent/AgentNode.cpp", 12, "no body\nfor \x1b[1m\"box\"");
+    Logger::log(category, 300, "/opt/somebody/source/agent/AgentNode.cpp", 12, "no body\nfor \x1b[1m\"box\"");
     Logger::log(category, 300, "dynamics/bullet/World.cpp", 7, "second");
     Logger::log(nullptr, 0, "a.cpp", 1, "nobody's");
     const std::string output = testing::internal::GetCapturedStderr();
