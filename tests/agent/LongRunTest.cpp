@@ -109,6 +109,22 @@ private:
                            [&](AgentNode* child) { return isBelow(node, child); });
     }
 
+    /// Copies share the transforms of their sources, so that the scene can close a circle where the tree doesn't.
+    static bool isBelowInTheScene(AgentNode* node, AgentNode* top) {
+        std::vector<osg::Node*> open{top->getOsgTransform()};
+        std::set<osg::Node*> seen;
+        while (!open.empty()) {
+            osg::Group* const group = open.back()->asGroup();
+            open.pop_back();
+            if (group == node->getOsgTransform())
+                return true;
+            for (unsigned i = 0; i < group->getNumChildren(); ++i)
+                if (seen.insert(group->getChild(i)).second)
+                    open.push_back(group->getChild(i));
+        }
+        return false;
+    }
+
     void makeAgent() {
         AgentNode* const agent = new TrackedAgent(*this);
         model[agent];
@@ -145,7 +161,7 @@ private:
     }
 
     void addChild(AgentNode* parent, AgentNode* child) {
-        if (model[child].isCopy || isBelow(parent, child))
+        if (model[child].isCopy || isBelow(parent, child) || isBelowInTheScene(parent, child))
             return;
         Entry& entry = model[parent];
         entry.children.push_back(child);

@@ -22,6 +22,7 @@ TEST(AgentNode, StandsAsTold) {
 }
 
 TEST(AgentNode, SearchesStopAtTheFirst) {
+    Journal journal;
     AgentNode root("root");
     AgentNode* const outside = new AgentNode("twin");
     AgentNode* const first = root.addChild("twin");
@@ -40,7 +41,6 @@ TEST(AgentNode, SearchesStopAtTheFirst) {
     EXPECT_FALSE(root.hasAgent("deep", 1));
     EXPECT_TRUE(root.hasAgent("deep", 2));
     EXPECT_FALSE(root.hasAgent("root", 5));
-    Journal journal;
     EXPECT_TRUE(listen(first, journal)->hasAgent("deep", 1));
 
     delete outside;
