@@ -41,8 +41,9 @@ AgentNode& AgentNode::operator=(const AgentNode& other) {
 
 /// Makes this agent, which holds nothing, see what the other holds.
 void AgentNode::viewListsOf(const AgentNode& other) {
+    // By way of a copy: from one signal without slots to another an assignment shares nothing.
     for (int event = 0; event < AgentEvent::COUNT; ++event)
-        eventSignals[event] = other.eventSignals[event];
+        eventSignals[event] = sigc::signal<void>(other.eventSignals[event]);
     connectedEvents = 0xFFFF;
     other.connectedEvents = 0xFFFF;
 

@@ -136,8 +136,11 @@ TEST_F(InsideAHook, ANestedEventSweepsOnlyWhatNobodyIsIn) {
         deep->markForRemoval();
         child("b")->markForRemoval();
         child("a")->markForRemoval();
+        for (int i = 0; i < 20; ++i)
+            root->addChild("many")->markForRemoval();
         root->sendEvent(AgentEvent::UPDATE);
         EXPECT_THAT(childNames(*root), ElementsAre("b", "c", "d"));
+        EXPECT_EQ(root->getOsgTransform()->getNumChildren(), 3u);
         EXPECT_EQ(root->getChild("b")->getChild("deep"), deep);
         journal.emplace_back("end of the hook");
     };
