@@ -40,6 +40,8 @@ uniform mat4 osg_ViewMatrix;
 uniform sampler2D baseTexture;
 uniform vec3 horizonColour;
 uniform vec4 subject;
+uniform vec4 highlight;
+uniform vec4 flash;
 float DynamicShadow();
 void main() {
     vec3 normal = normalize(gl_FrontFacing ? eyeNormal : -eyeNormal);
@@ -56,6 +58,8 @@ void main() {
                vec3(1.0, 0.96, 0.88);
 
     vec3 colour = diffuse * sky + sun * (lit > 0.0 ? DynamicShadow() : 0.0) + gl_FrontMaterial.emission.rgb;
+    colour = mix(colour, highlight.rgb, highlight.a);
+    colour = mix(colour, flash.rgb, flash.a);
     float far = smoothstep(2.5, 6.0, distance(worldPosition, subject.xyz) / subject.w);
     gl_FragColor = vec4(mix(colour, horizonColour, far), gl_Color.a * texel.a);
 }
@@ -109,6 +113,8 @@ Daylight::Daylight() {
     state.setMode(GL_NORMALIZE, osg::StateAttribute::ON);
     state.addUniform(new osg::Uniform("shadowTexel", 1.0f / float(shadowMapSize)));
     state.addUniform(new osg::Uniform("horizonColour", horizonColour));
+    state.addUniform(new osg::Uniform("highlight", osg::Vec4(0, 0, 0, 0))); // see Glow
+    state.addUniform(new osg::Uniform("flash", osg::Vec4(0, 0, 0, 0)));
     setSubject(osg::BoundingSphered(osg::Vec3d(), 1));
 }
 

@@ -39,6 +39,14 @@ bool isFinite(const btTransform& place) {
     return isFinite(fromBullet(place));
 }
 
+btVector3 bulletVector(const gmtl::Vec<double, 3>& vector) {
+    return toBullet(Vector3{vector[0], vector[1], vector[2]});
+}
+
+gmtl::Vec<double, 3> gmtlVector(const btVector3& vector) {
+    return {vector.x(), vector.y(), vector.z()};
+}
+
 } // namespace
 
 BulletBody::BulletBody(std::shared_ptr<WorldCore> worldCore, std::string bodyName, BodyShape bodyShape,
@@ -158,6 +166,37 @@ bool BulletBody::isActive() {
 
 void BulletBody::prepareMove() {
     core->wakeAround(body);
+}
+
+gmtl::Vec<double, 3> BulletBody::getCentreOfMass() const {
+    return gmtlVector(body.getCenterOfMassPosition());
+}
+
+gmtl::Vec<double, 3> BulletBody::getLinearVelocity() const {
+    return gmtlVector(body.getLinearVelocity());
+}
+
+gmtl::Vec<double, 3> BulletBody::getAngularVelocity() const {
+    return gmtlVector(body.getAngularVelocity());
+}
+
+void BulletBody::applyImpulse(const gmtl::Vec<double, 3>& impulse, const gmtl::Vec<double, 3>& point) {
+    const btVector3 value = bulletVector(impulse);
+    const btVector3 arm = bulletVector(point) - body.getCenterOfMassPosition();
+    if (body.isStaticObject() || !bullet::isFinite(fromBullet(value)) || !bullet::isFinite(fromBullet(arm))) {
+        return;
+    }
+    core->wakeAround(body);
+    body.applyImpulse(value, arm);
+}
+
+void BulletBody::applyAngularImpulse(const gmtl::Vec<double, 3>& impulse) {
+    const btVector3 value = bulletVector(impulse);
+    if (body.isStaticObject() || !bullet::isFinite(fromBullet(value))) {
+        return;
+    }
+    core->wakeAround(body);
+    body.applyTorqueImpulse(value);
 }
 
 void BulletBody::onStepped() {

@@ -2,6 +2,7 @@
 
 #include <dynamics/DynamicsBody.h>
 #include <dynamics/bullet/BodyShape.h>
+#include <dynamics/bullet/BulletBodyControl.h>
 #include <dynamics/bullet/ColladaPhysics.h>
 #include <dynamics/bullet/ContactList.h>
 
@@ -22,7 +23,7 @@ class WorldCore;
 /// The pose that it shows is that of its node; the engine has the body at its centre of mass, and the body converts
 /// between the two. It is active while the engine has it awake and for a few steps after, and until a pose given to it
 /// from outside has been read.
-class BulletBody : public DynamicsBody {
+class BulletBody : public DynamicsBody, public BulletBodyControl {
 public:
     /// @param shape with at least one part.
     /// @param pose rigid.
@@ -43,6 +44,14 @@ public:
     void setRotation(const gmtl::Quat<double>& rotation) override;
     bool isActive() override;
     void prepareMove() override;
+
+    bool isMovable() const override { return !body.isStaticObject(); }
+    double getMass() const override { return shape.mass; }
+    gmtl::Vec<double, 3> getCentreOfMass() const override;
+    gmtl::Vec<double, 3> getLinearVelocity() const override;
+    gmtl::Vec<double, 3> getAngularVelocity() const override;
+    void applyImpulse(const gmtl::Vec<double, 3>& impulse, const gmtl::Vec<double, 3>& point) override;
+    void applyAngularImpulse(const gmtl::Vec<double, 3>& impulse) override;
 
     DynamicsUserData* getUserData() const { return userData; }
 

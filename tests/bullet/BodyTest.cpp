@@ -2,6 +2,7 @@
 
 #include <tests/bullet/ColladaScene.h>
 
+#include <dynamics/bullet/BulletBodyControl.h>
 #include <gmtl/Quat.h>
 #include <gtest/gtest.h>
 
@@ -180,6 +181,38 @@ TEST(Body, AFastOneDoesNotPassThroughASurface) {
     LoadedWorld loaded(scene);
     loaded.run(60);
     EXPECT_LT(loaded.at("bullet", 0), 5);
+}
+
+TEST(Body, BlowsChangeTheVelocitiesAsMechanicsSays) {
+    ColladaScene scene = stack(1);
+    scene.gravity = "0 0 0";
+    scene.add("bar", "<translate>9 0 9</translate>",
+              "<mass>2</mass><shape><box><half_extents>1 0.5 0.5</half_extents></box></shape>");
+    LoadedWorld loaded(scene);
+    const auto control = [&](const char* name) { return dynamic_cast<BulletBodyControl*>(&loaded.body(name)); };
+    BulletBodyControl& bar = *control("bar");
+    loaded.run(600);
+
+    bar.applyImpulse({0, 0, 6}, {10, 0, 9});
+    EXPECT_NEAR(3, bar.getLinearVelocity()[2], 1e-5);
+    const double momentOfInertia = 2 * (4 + 1) / 12.0;
+    EXPECT_NEAR(-6 / momentOfInertia, bar.getAngularVelocity()[1], 1e-4);
+    bar.applyAngularImpulse({0, 6, 0});
+    EXPECT_NEAR(0, bar.getAngularVelocity()[1], 1e-4);
+    loaded.run(60);
+    EXPECT_NEAR(12, bar.getCentreOfMass()[2], 0.1) << "it wakes";
+
+    const double infinite = std::numeric_limits<double>::infinity();
+    const double before = bar.getLinearVelocity()[2];
+    bar.applyImpulse({0, 0, infinite}, {9, 0, 9});
+    bar.applyImpulse({0, 0, 1}, {infinite, 0, 0});
+    bar.applyAngularImpulse({infinite, 0, 0});
+    control("ground")->applyImpulse({0, 0, 1}, {0, 0, 0});
+    EXPECT_EQ(before, bar.getLinearVelocity()[2]);
+    EXPECT_EQ(0, control("ground")->getLinearVelocity()[2]);
+    EXPECT_FALSE(control("ground")->isMovable());
+    EXPECT_TRUE(bar.isMovable());
+    EXPECT_EQ(2, bar.getMass());
 }
 
 } // namespace tessarin::dynamics::bullet
