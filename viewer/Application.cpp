@@ -3,8 +3,11 @@
 #include <viewer/FrameLoop.h>
 #include <viewer/Framing.h>
 #include <viewer/Scene.h>
+#include <viewer/Session.h>
+#include <viewer/SimulationTime.h>
 #include <viewer/ViewerError.h>
 #include <viewer/Window.h>
+#include <viewer/input/Bindings.h>
 
 #include <logging/Logger.h>
 
@@ -23,8 +26,6 @@
 namespace tessarin::viewer {
 
 namespace {
-
-constexpr double frameSeconds = 1.0 / 60;
 
 /// What is wrong is told in one line of our own; who wants OpenSceneGraph's messages asks for them.
 void quietOpenSceneGraph() {
@@ -45,9 +46,18 @@ std::unique_ptr<Window> openWindow(const Options& options, Scene& scene, osg::Ap
         return std::make_unique<Window>(*context, scene.getGraph(), usage);
     if (!options.snapshot.empty())
         throw ViewerError("--snapshot " + options.snapshot.string() + ": there is no display to draw on");
+    if (options.point)
+        throw ViewerError("--point: there is no display, and so no cursor");
     if (!options.frames)
         throw ViewerError("there is no display to open a window on; --frames N runs without one");
     return nullptr;
+}
+
+Bindings readBindings(const Options& options) {
+    Bindings bindings;
+    if (!options.bindings.empty())
+        bindings.read(options.bindings);
+    return bindings;
 }
 
 } // namespace
@@ -76,6 +86,9 @@ void Application::runTask(const Options& options, osg::ApplicationUsage& usage) 
     case Options::Task::SHOW_VERSION:
         out << "tessarin_viewer " << TESSARIN_VERSION << '\n';
         break;
+    case Options::Task::WRITE_BINDINGS:
+        readBindings(options).write(options.bindingsToWrite);
+        break;
     case Options::Task::RUN:
         runScene(options, usage);
         break;
@@ -88,6 +101,8 @@ void Application::runScene(const Options& options, osg::ApplicationUsage& usage)
     if (!options.snapshot.empty())
         requirePictureFormat(options.snapshot);
 
+    const Bindings bindings = readBindings(options);
+    bindings.describe(usage);
     Scene scene(options.file, options.patches);
     const std::unique_ptr<Window> window = openWindow(options, scene, usage);
     if (window)
@@ -96,34 +111,48 @@ void Application::runScene(const Options& options, osg::ApplicationUsage& usage)
         out << "There is no display, so nothing is drawn.\n";
 
     FrameLoop loop(scene);
+    std::unique_ptr<Session> session;
+    if (window && (!options.frames || options.point))
+        session = std::make_unique<Session>(scene, loop, *window, bindings);
+    if (session && !options.watched.empty())
+        session->watch(options.watched);
+    if (window && options.point)
+        window->pointAt(options.point->x, options.point->y);
     if (options.frames)
-        runFrames(options, loop, window.get());
+        runFrames(options, loop, window.get(), session.get());
     else
-        runUntilClosed(options, loop, *window);
+        runUntilClosed(options, *window, *session);
     if (!options.document.empty())
         scene.write(options.document);
 }
 
-void Application::runFrames(const Options& options, FrameLoop& loop, Window* window) {
+void Application::runFrames(const Options& options, FrameLoop& loop, Window* window, Session* session) {
     const long frames = *options.frames;
     for (long frame = 1; frame <= frames; ++frame) {
-        loop.frame(frameSeconds);
+        if (session)
+            session->frame(SimulationTime::frame);
+        else
+            loop.frame(SimulationTime::frame);
+        if (window && !session)
+            window->takeEvents(loop.getTime());
         if (window && (frame < frames || options.snapshot.empty()))
-            window->draw(loop.getTime());
+            window->draw();
     }
     if (!options.snapshot.empty())
-        window->drawPicture(loop.getTime(), options.snapshot);
+        window->drawPicture(options.snapshot);
 }
 
-void Application::runUntilClosed(const Options& options, FrameLoop& loop, Window& window) {
-    if (!options.snapshot.empty())
-        window.drawPicture(loop.getTime(), options.snapshot);
+void Application::runUntilClosed(const Options& options, Window& window, Session& session) {
+    if (!options.snapshot.empty()) {
+        session.frame(0);
+        window.drawPicture(options.snapshot);
+    }
     osg::Timer_t before = osg::Timer::instance()->tick();
     while (!window.isDone()) {
         const osg::Timer_t now = osg::Timer::instance()->tick();
-        loop.frame(osg::Timer::instance()->delta_s(before, now));
+        session.frame(osg::Timer::instance()->delta_s(before, now));
         before = now;
-        window.draw(loop.getTime());
+        window.draw();
     }
 }
 

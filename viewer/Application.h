@@ -12,6 +12,7 @@ namespace tessarin::viewer {
 
 class FrameLoop;
 class Scene;
+class Session;
 class Window;
 
 /// The program from its command line to its exit status.
@@ -28,8 +29,8 @@ public:
 private:
     void runTask(const Options& options, osg::ApplicationUsage& usage);
     void runScene(const Options& options, osg::ApplicationUsage& usage);
-    void runFrames(const Options& options, FrameLoop& loop, Window* window);
-    void runUntilClosed(const Options& options, FrameLoop& loop, Window& window);
+    void runFrames(const Options& options, FrameLoop& loop, Window* window, Session* session);
+    void runUntilClosed(const Options& options, Window& window, Session& session);
 
     std::ostream& out;
     std::ostream& err;

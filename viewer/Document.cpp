@@ -3,10 +3,8 @@
 #include <viewer/ModelLoader.h>
 #include <viewer/QuietReader.h>
 #include <viewer/ViewerError.h>
+#include <viewer/XmlFile.h>
 
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <functional>
 
 namespace tessarin::viewer {
@@ -112,16 +110,7 @@ std::unique_ptr<XMLNode> Document::ofModel(const std::filesystem::path& model, c
 
 void Document::write(XMLNode& root, const std::filesystem::path& file) {
     visitModelPaths(root, [&](std::string& path) { path = seenFrom(folderOf(file), path); });
-    errno = 0;
-    std::ofstream stream(file, std::ios::binary);
-    if (stream) {
-        stream << "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n";
-        root.printBranch(stream, 0);
-        stream.flush();
-    }
-    if (!stream)
-        throw ViewerError(file.string() + ": can't be written" +
-                          (errno != 0 ? std::string(": ") + std::strerror(errno) : std::string()));
+    writeXmlFile(root, file);
 }
 
 XMLNode* Document::getRoot() const {

@@ -1,7 +1,10 @@
 #include <viewer/LibrarySetup.h>
 
 #include <viewer/ModelLoader.h>
-#include <viewer/SpinBehaviour.h>
+#include <viewer/components/DragComponent.h>
+#include <viewer/components/HighlightComponent.h>
+#include <viewer/components/PushComponent.h>
+#include <viewer/components/SpinBehaviour.h>
 
 #include <agent/SimObjectDB.h>
 #include <agent/SimObjectFactory.h>
@@ -9,12 +12,24 @@
 
 namespace tessarin::viewer {
 
+namespace {
+
+template <class Class>
+void registerClass(const char* name) {
+    static agent::SimObjectFactoryFor<Class> factory;
+    agent::SimObjectDB::instance()->registerFactory(&factory, name);
+}
+
+} // namespace
+
 void setUpLibrary() {
     static ModelLoader modelLoader;
     agent::VisualModelComponent::setModelLoader(&modelLoader);
 
-    static agent::SimObjectFactoryFor<SpinBehaviour> spinBehaviours;
-    agent::SimObjectDB::instance()->registerFactory(&spinBehaviours, "SpinBehaviour");
+    registerClass<DragComponent>("DragComponent");
+    registerClass<HighlightComponent>("HighlightComponent");
+    registerClass<PushComponent>("PushComponent");
+    registerClass<SpinBehaviour>("SpinBehaviour");
 }
 
 } // namespace tessarin::viewer

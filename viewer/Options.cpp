@@ -7,6 +7,7 @@
 
 #include <charconv>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 namespace tessarin::viewer {
@@ -31,17 +32,30 @@ long readFrames(const std::string& text) {
     throw ViewerError("--frames " + text + ": not a number of frames" + hint);
 }
 
+/// Two whole numbers with a character between them.
+std::optional<std::pair<int, int>> readPair(std::string_view text, char between, int least) {
+    const std::size_t place = text.find(between);
+    if (place == std::string_view::npos)
+        return std::nullopt;
+    const std::optional<int> first = readNumber(text.substr(0, place), least);
+    const std::optional<int> second = readNumber(text.substr(place + 1), least);
+    if (!first || !second)
+        return std::nullopt;
+    return std::pair(*first, *second);
+}
+
+Options::Point readPoint(const std::string& text) {
+    if (const auto pair = readPair(text, ',', 0))
+        return {pair->first, pair->second};
+    throw ViewerError("--point " + text + ": not a place like 640,360" + hint);
+}
+
 void readSize(const std::string& text, Options& options) {
     constexpr int largest = 16384;
-    const std::size_t cross = text.find('x');
-    if (cross != std::string::npos) {
-        const std::optional<int> width = readNumber(std::string_view(text).substr(0, cross), 1);
-        const std::optional<int> height = readNumber(std::string_view(text).substr(cross + 1), 1);
-        if (width && height && *width <= largest && *height <= largest) {
-            options.width = *width;
-            options.height = *height;
-            return;
-        }
+    const auto size = readPair(text, 'x', 1);
+    if (size && size->first <= largest && size->second <= largest) {
+        std::tie(options.width, options.height) = *size;
+        return;
     }
     throw ViewerError("--size " + text + ": not a size like 1280x720" + hint);
 }
@@ -68,6 +82,10 @@ Setter findSetter(std::string_view name) {
         {"--snapshot", [](Options& options, const std::string& value) { options.snapshot = value; }},
         {"--write", [](Options& options, const std::string& value) { options.document = value; }},
         {"--patch", [](Options& options, const std::string& value) { options.patches.emplace_back(value); }},
+        {"--watch", [](Options& options, const std::string& value) { options.watched = value; }},
+        {"--bindings", [](Options& options, const std::string& value) { options.bindings = value; }},
+        {"--write-bindings", [](Options& options, const std::string& value) { options.bindingsToWrite = value; }},
+        {"--point", [](Options& options, const std::string& value) { options.point = readPoint(value); }},
         {"--size", [](Options& options, const std::string& value) { readSize(value, options); }},
         {"--log", [](Options& options, const std::string& value) { options.logLevel = readLogLevel(value); }}};
     for (const auto& [option, setter] : setters)
@@ -102,6 +120,10 @@ Options Options::parse(osg::ArgumentParser& arguments) {
         set(options, arguments[i + 1]);
         arguments.remove(i, 2);
     }
+    if (!options.bindingsToWrite.empty()) {
+        options.task = Task::WRITE_BINDINGS;
+        return options;
+    }
     if (arguments.argc() < 2)
         throw ViewerError(std::string("no file to show") + hint);
     if (arguments.argc() > 2)
@@ -122,6 +144,15 @@ void Options::describe(osg::ApplicationUsage& usage) {
     usage.addCommandLineOption("--write FILE.xml", "Leave the agents as they stand at the end as a document.");
     usage.addCommandLineOption("--patch FILE.xml",
                                "Apply a document to the root agent before the first frame. May be repeated.");
+    usage.addCommandLineOption("--watch FILE.xml",
+                               "Apply a document to the root agent each time it is saved while the scene runs.");
+    usage.addCommandLineOption("--bindings FILE.xml",
+                               "Keys, buttons and axes of the virtual inputs, over the defaults.");
+    usage.addCommandLineOption("--write-bindings FILE.xml",
+                               "Leave the bindings, those of --bindings included, as a file to edit, and end.");
+    usage.addCommandLineOption("--point X,Y",
+                               "Move the cursor there at first, in pixels from the upper left corner. With --frames, "
+                               "which otherwise takes no notice of the person, agents are found under it.");
     usage.addCommandLineOption("--size WxH", "Size of the picture in pixels. The default is 1280x720.");
     usage.addCommandLineOption("--log LEVEL", "What to log: off, error, warn, info or debug. The default is error.");
     usage.addCommandLineOption("-h or --help", "Print this help and end.");

@@ -14,7 +14,13 @@ namespace tessarin::viewer {
 
 /// What the command line asks for.
 struct Options {
-    enum class Task { RUN, SHOW_HELP, SHOW_VERSION };
+    enum class Task { RUN, SHOW_HELP, SHOW_VERSION, WRITE_BINDINGS };
+
+    /// In pixels from the upper left corner.
+    struct Point {
+        int x;
+        int y;
+    };
 
     Task task = Task::RUN;
     std::filesystem::path file;
@@ -22,6 +28,10 @@ struct Options {
     std::optional<long> frames;
     std::filesystem::path snapshot;
     std::filesystem::path document;
+    std::filesystem::path watched;
+    std::filesystem::path bindings;
+    std::filesystem::path bindingsToWrite;
+    std::optional<Point> point;
     int width = 1280;
     int height = 720;
     std::optional<int> logLevel;

@@ -81,12 +81,12 @@ void placeAgents(AgentNode& agent) {
         placeAgents(*child);
 }
 
-void addGeometry(XMLNode& agent) {
-    agent.addChild("Component")->attributes = {{"class", "GeometryComponent"}, {"name", "GeometryComponent"}};
+void addComponent(XMLNode& agent, const std::string& className) {
+    agent.addChild("Component")->attributes = {{"class", className}, {"name", className}};
 }
 
-/// Shows the model of an agent: each body's node on the agent of that body, and what belongs to no body on the agent
-/// itself.
+/// Shows the model of an agent: each body's node on the agent of that body, which a person can play with, and what
+/// belongs to no body on the agent itself.
 void showModel(AgentNode& root) {
     const osg::ref_ptr<osg::Node> model = modelOf(root)->getModel();
     // By its name an agent takes a single node. This one is to take all that its children leave.
@@ -101,11 +101,13 @@ void showModel(AgentNode& root) {
     XMLNode document("AgentNode", nullptr);
     document.attributes["name"] = root.getName();
     if (model->getBound().valid())
-        addGeometry(document);
+        addComponent(document, "GeometryComponent");
     for (AgentNode* child : root.getChildren()) {
         XMLNode* const element = document.addChild("AgentNode");
         element->attributes["name"] = child->getName();
-        addGeometry(*element);
+        for (const char* const className :
+             {"GeometryComponent", "HighlightComponent", "DragComponent", "PushComponent"})
+            addComponent(*element, className);
     }
     root.modifyWithXml(&document);
 }

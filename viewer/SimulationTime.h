@@ -6,6 +6,9 @@ namespace tessarin::viewer {
 struct SimulationTime {
     /// Seconds that the tick under way takes: the time between two calls of a component's prePhysicsTick.
     static inline double tick = 1.0 / 60;
+
+    /// Seconds of a frame that is not measured by a clock.
+    static constexpr double frame = 1.0 / 60;
 };
 
 } // namespace tessarin::viewer

@@ -4,6 +4,7 @@
 #include <viewer/Sky.h>
 #include <viewer/Snapshot.h>
 #include <viewer/ViewerError.h>
+#include <viewer/input/WindowFocus.h>
 
 #include <osg/ApplicationUsage>
 #include <osgGA/StateSetManipulator>
@@ -55,6 +56,7 @@ Window::Window(osg::GraphicsContext& context, osg::Node& scene, osg::Application
     viewer.setCameraManipulator(trackball, false);
     addHandlers(usage);
     viewer.realize();
+    viewer.init();
 }
 
 void Window::setUpCamera(osg::GraphicsContext& context) {
@@ -88,19 +90,46 @@ void Window::lookAt(const osg::BoundingBoxd& subject) {
     const double distance = findDistance(box, direction, halfHeight * aspect, halfHeight);
     trackball->setAutoComputeHomePosition(false);
     trackball->setHomePosition(box.center() + direction * distance, box.center(), osg::Vec3d(0, 0, 1));
-    trackball->home(0);
+    goHome();
     daylight.setSubject(osg::BoundingSphered(box.center(), box.radius()));
 }
 
-void Window::draw(double time) {
-    viewer.frame(time);
+void Window::goHome() {
+    trackball->home(0);
+    // Rays are cast before the next picture is drawn.
+    trackball->updateCamera(*viewer.getCamera());
 }
 
-void Window::drawPicture(double time, const std::filesystem::path& file) {
+void Window::takeEvents(double time) {
+    viewer.advance(time);
+    viewer.eventTraversal();
+}
+
+void Window::draw() {
+    if (viewer.done())
+        return;
+    viewer.updateTraversal();
+    viewer.renderingTraversals();
+}
+
+void Window::pointAt(int x, int y) {
+    auto* const window = dynamic_cast<osgViewer::GraphicsWindow*>(viewer.getCamera()->getGraphicsContext());
+    if (!window)
+        return;
+    window->requestWarpPointer(static_cast<float>(x), static_cast<float>(y));
+    // A cursor that was there already doesn't move, and makes no event.
+    window->getEventQueue()->mouseMotion(static_cast<float>(x), static_cast<float>(y));
+}
+
+bool Window::hasFocus() {
+    return viewer::hasFocus(*viewer.getCamera()->getGraphicsContext());
+}
+
+void Window::drawPicture(const std::filesystem::path& file) {
     const osg::ref_ptr<Snapshot> snapshot = new Snapshot(file);
     const osg::ref_ptr<osgViewer::ScreenCaptureHandler> handler = new osgViewer::ScreenCaptureHandler(snapshot, 1);
     handler->captureNextFrame(viewer);
-    viewer.frame(time);
+    draw();
     if (!snapshot->isWritten())
         throw ViewerError(file.string() + ": the picture can't be written");
 }

@@ -33,13 +33,25 @@ public:
     /// Puts the camera where the subject fills the picture, now and whenever the person asks for home.
     void lookAt(const osg::BoundingBoxd& subject);
 
-    /// Shows one frame.
-    /// @param time of the simulation, in seconds.
-    void draw(double time);
+    /// Puts the camera back there.
+    void goHome();
 
-    /// Shows one frame and leaves a picture of it.
+    /// Begins a frame: passes what the person has done since the last one on to the event handlers.
+    /// @param time of the simulation, in seconds.
+    void takeEvents(double time);
+
+    /// Ends a frame: shows the scene as it stands.
+    void draw();
+
+    /// As draw(), and leaves a picture of it.
     /// @throws ViewerError if the picture can't be written.
-    void drawPicture(double time, const std::filesystem::path& file);
+    void drawPicture(const std::filesystem::path& file);
+
+    /// Moves the cursor, in pixels from the upper left corner, as if the person did.
+    void pointAt(int x, int y);
+
+    /// Whether keys go to this window.
+    bool hasFocus();
 
     /// True when the person has closed the window.
     bool isDone() const { return viewer.done(); }

@@ -1,4 +1,4 @@
-#include <viewer/SpinBehaviour.h>
+#include <viewer/components/SpinBehaviour.h>
 
 #include <viewer/SimulationTime.h>
 

@@ -1,0 +1,21 @@
+#pragma once
+
+namespace tessarin::agent {
+class AgentNode;
+}
+namespace tessarin::dynamics {
+class DynamicsBody;
+}
+namespace tessarin::dynamics::bullet {
+class BulletBodyControl;
+}
+
+namespace tessarin::viewer {
+
+/// The body of an agent, which may be null; null if it has none at present.
+dynamics::DynamicsBody* findBody(agent::AgentNode* agent);
+
+/// What pulls and pushes need of it; null if there is no body, or one of another engine.
+dynamics::bullet::BulletBodyControl* findBodyControl(agent::AgentNode* agent);
+
+} // namespace tessarin::viewer

@@ -1,0 +1,177 @@
+#include <viewer/input/Bindings.h>
+
+#include <viewer/QuietReader.h>
+#include <viewer/ViewerError.h>
+#include <viewer/XmlFile.h>
+
+#include <agent/FieldText.h>
+#include <agent/Input.h>
+#include <xml_parser/XMLNode.h>
+
+#include <osg/ApplicationUsage>
+
+#include <algorithm>
+
+namespace tessarin::viewer {
+
+using agent::FieldText;
+using agent::VirtualInput;
+using xml_parser::XMLNode;
+
+namespace {
+
+struct Default {
+    const char* name;
+    const char* pos;
+    const char* neg;
+    int axis; // of joystick 0
+    float scale;
+    const char* meaning;
+};
+
+constexpr Default defaults[] = {
+    {"pause", "key space", "", -1, 1, "Pause, and go on"},
+    {"step", "key n", "", -1, 1, "Run one frame, and pause"},
+    {"reload", "key r", "", -1, 1, "Begin anew from the files"},
+    {"home", "key home", "", -1, 1, "Look at the scene as at first"},
+    {"show input", "key i", "", -1, 1, "Show the state of all input"},
+    {"show agent", "key u", "", -1, 1, "Show or hide the text about the agent under the cursor"},
+    {"drive", "key up", "key down", 1, -1, "Drive: forwards, backwards"},
+    {"steer", "key right", "key left", 0, 1, "Steer: right, left"},
+    {"lift", "key page up", "key page down", -1, 1, "Lift: up, down"},
+    {"brake", "key b", "", -1, 1, "Brake"},
+    {"push right", "key keypad 6", "key keypad 4", 3, 1, "Push the selected body: right, left"},
+    {"push away", "key keypad 8", "key keypad 2", 4, -1, "Push the selected body: away, near"},
+    {"push up", "key keypad 9", "key keypad 3", -1, 1, "Push the selected body: up, down"},
+};
+
+constexpr float defaultDeadZone = 0.15f;
+
+VirtualInput make(const Default& from) {
+    VirtualInput input;
+    input.name = from.name;
+    input.pos = from.pos;
+    input.neg = from.neg;
+    if (from.axis >= 0) {
+        input.joyNum = 0;
+        input.axis = from.axis;
+        input.scale = from.scale;
+        input.dead = defaultDeadZone;
+    }
+    return input;
+}
+
+template <class Value>
+void readValue(const std::string& attribute, const std::string& text, Value& value) {
+    if (!FieldText<Value>::read(text, value))
+        throw ViewerError(attribute + "=\"" + text + "\" is no number");
+}
+
+VirtualInput readInput(const XMLNode& element) {
+    if (element.tag != "VirtualInput")
+        throw ViewerError("unknown element " + element.tag);
+    VirtualInput input;
+    for (const auto& [attribute, text] : element.attributes) {
+        if (attribute == "name")
+            input.name = text;
+        else if (attribute == "pos")
+            input.pos = text;
+        else if (attribute == "neg")
+            input.neg = text;
+        else if (attribute == "joyNum")
+            readValue(attribute, text, input.joyNum);
+        else if (attribute == "axis")
+            readValue(attribute, text, input.axis);
+        else if (attribute == "scale")
+            readValue(attribute, text, input.scale);
+        else if (attribute == "dead")
+            readValue(attribute, text, input.dead);
+        else
+            throw ViewerError("unknown attribute " + attribute);
+    }
+    if (input.name.empty())
+        throw ViewerError("it has no name");
+    return input;
+}
+
+void addTo(XMLNode& root, const VirtualInput& input) {
+    std::map<std::string, std::string>& attributes = root.addChild("VirtualInput")->attributes;
+    attributes["name"] = input.name;
+    if (!input.pos.empty())
+        attributes["pos"] = input.pos;
+    if (!input.neg.empty())
+        attributes["neg"] = input.neg;
+    if (input.axis == -1)
+        return;
+    attributes["joyNum"] = FieldText<std::int32_t>::write(input.joyNum);
+    attributes["axis"] = FieldText<std::int32_t>::write(input.axis);
+    attributes["scale"] = FieldText<float>::write(input.scale);
+    attributes["dead"] = FieldText<float>::write(input.dead);
+}
+
+auto findIn(const std::vector<VirtualInput>& inputs, const std::string& name) {
+    return std::find_if(inputs.begin(), inputs.end(), [&](const VirtualInput& input) { return input.name == name; });
+}
+
+/// As it stands on the key: "page up" for "key page up".
+std::string withoutPrefix(const std::string& code) {
+    const std::string prefix = "key ";
+    return code.rfind(prefix, 0) == 0 ? code.substr(prefix.size()) : code;
+}
+
+} // namespace
+
+Bindings::Bindings() {
+    std::transform(std::begin(defaults), std::end(defaults), std::back_inserter(all), make);
+}
+
+void Bindings::read(const std::filesystem::path& file) {
+    QuietReader reader(file);
+    const XMLNode& root = *reader.getRoot();
+    if (root.tag != "Bindings")
+        throw ViewerError(file.string() + ": no bindings, its root element is " + root.tag + " and not Bindings");
+    std::vector<VirtualInput> result = all;
+    for (int i = 0; i < root.getNumChildren(); ++i) {
+        try {
+            const VirtualInput input = readInput(*root.getChild(i));
+            const auto found = std::find(result.begin(), result.end(), input); // by its name
+            if (found == result.end())
+                result.push_back(input);
+            else
+                *found = input;
+        } catch (const ViewerError& error) {
+            throw ViewerError(file.string() + ": binding " + std::to_string(i + 1) + ": " + error.what());
+        }
+    }
+    all = std::move(result);
+}
+
+void Bindings::write(const std::filesystem::path& file) const {
+    XMLNode root("Bindings", nullptr);
+    for (const VirtualInput& input : all)
+        addTo(root, input);
+    writeXmlFile(root, file);
+}
+
+void Bindings::giveToInput() const {
+    for (const VirtualInput& input : all)
+        agent::Input::instance()->getVirtualInput(input.name) = input;
+}
+
+void Bindings::describe(osg::ApplicationUsage& usage) const {
+    for (const Default& each : defaults) {
+        const VirtualInput& input = *findIn(all, each.name);
+        std::string keys = withoutPrefix(input.pos);
+        if (!input.neg.empty())
+            keys += ", " + withoutPrefix(input.neg);
+        if (!keys.empty())
+            usage.addKeyboardMouseBinding(keys, each.meaning);
+    }
+}
+
+std::string Bindings::getButton(const std::string& name) const {
+    const auto found = findIn(all, name);
+    return found == all.end() ? std::string() : found->pos;
+}
+
+} // namespace tessarin::viewer
