@@ -28,6 +28,7 @@ namespace {
 
 const int leftButton = 1; // as AgentNodeEventHandler counts
 const double damping = 0.8;
+const double spinDamping = 2; // per second: what hangs from the cursor comes to rest
 
 osg::Matrixd poseOf(dynamics::DynamicsBody& body) {
     gmtl::Matrix<double, 4, 4> pose;
@@ -101,7 +102,8 @@ void DragComponent::prePhysicsTick() {
         return;
     }
     const auto vector = [](const gmtl::Vec<double, 3>& v) { return osg::Vec3d(v[0], v[1], v[2]); };
-    const osg::Vec3d place = grip * poseOf(*findBody(getAgentNode()));
+    dynamics::DynamicsBody& body = *findBody(getAgentNode());
+    const osg::Vec3d place = grip * poseOf(body);
     const osg::Vec3d arm = place - vector(control->getCentreOfMass());
     const osg::Vec3d spin = vector(control->getAngularVelocity());
     const osg::Vec3d velocity = vector(control->getLinearVelocity()) + (spin ^ arm);
@@ -111,6 +113,8 @@ void DragComponent::prePhysicsTick() {
     // A spring that is faster than the steps would throw the body about.
     const double rate = std::min(2 * osg::PI * fields.frequency, 0.3 / tick);
     const osg::Vec3d push = (stretch * (rate * rate) - velocity * (2 * damping * rate)) * (control->getMass() * tick);
+    const osg::Vec3f slowed(spin * std::max(0.0, 1 - spinDamping * tick));
+    body.setAngularVelocity({slowed.x(), slowed.y(), slowed.z()});
     control->applyImpulse({push.x(), push.y(), push.z()}, {place.x(), place.y(), place.z()});
 }
 
