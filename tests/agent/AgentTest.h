@@ -37,6 +37,14 @@ inline RecordingComponent* listen(AgentNode* node, Journal& journal,
     return component;
 }
 
+/// What the journal holds, joined by blanks; it is empty afterwards.
+inline std::string take(Journal& journal) {
+    std::string lines;
+    for (const std::string& line : std::exchange(journal, {}))
+        lines += (lines.empty() ? "" : " ") + line;
+    return lines;
+}
+
 inline std::vector<std::string> childNames(const AgentNode& node) {
     std::vector<std::string> names;
     for (const AgentNode* const child : node.getChildren())

@@ -3,7 +3,6 @@
 #include <log4cpp/AppenderSkeleton.hh>
 #include <log4cpp/Category.hh>
 #include <log4cpp/LoggingEvent.hh>
-#include <log4cpp/Priority.hh>
 
 #include <string>
 #include <utility>
@@ -38,14 +37,16 @@ public:
         return errors;
     }
 
-    bool reopen() override { return true; }
     void close() override {}
     bool requiresLayout() const override { return false; }
     void setLayout(log4cpp::Layout*) override {}
 
+    std::string lastContext; // the nested diagnostic context, in which the place in the source stands
+
 protected:
     void _append(const log4cpp::LoggingEvent& event) override {
         lines.push_back(std::to_string(event.priority) + ' ' + event.message);
+        lastContext = event.ndc;
     }
 
 private:
