@@ -29,6 +29,7 @@ private:
     void runTask(const Options& options, osg::ApplicationUsage& usage);
     void runScene(const Options& options, osg::ApplicationUsage& usage);
     void runFrames(const Options& options, FrameLoop& loop, Window* window);
+    void printDigest(Scene& scene);
     void runUntilClosed(const Options& options, FrameLoop& loop, Window& window);
 
     std::ostream& out;

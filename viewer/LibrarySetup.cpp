@@ -1,5 +1,6 @@
 #include <viewer/LibrarySetup.h>
 
+#include <viewer/FlashComponent.h>
 #include <viewer/ModelLoader.h>
 #include <viewer/SpinBehaviour.h>
 
@@ -15,6 +16,8 @@ void setUpLibrary() {
 
     static agent::SimObjectFactoryFor<SpinBehaviour> spinBehaviours;
     agent::SimObjectDB::instance()->registerFactory(&spinBehaviours, "SpinBehaviour");
+    static agent::SimObjectFactoryFor<FlashComponent> flashComponents;
+    agent::SimObjectDB::instance()->registerFactory(&flashComponents, "FlashComponent");
 }
 
 } // namespace tessarin::viewer

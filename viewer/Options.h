@@ -22,6 +22,7 @@ struct Options {
     std::optional<long> frames;
     std::filesystem::path snapshot;
     std::filesystem::path document;
+    bool digest = false;
     int width = 1280;
     int height = 720;
     std::optional<int> logLevel;
