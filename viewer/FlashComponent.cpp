@@ -23,6 +23,9 @@ namespace {
 /// How strong a fresh flash is: the agent's own colours stay visible.
 constexpr double brightest = 0.85;
 
+/// How many times the threshold a hit is that flashes as brightly as can be.
+constexpr double fullHit = 5;
+
 /// Seconds of free fall whose speed is the threshold where none is given.
 constexpr double fallTime = 0.2;
 
@@ -63,22 +66,24 @@ void FlashComponent::prePhysicsTick() {
     if (brightness > 0)
         show(fields.seconds > 0 ? brightness - SimulationTime::tick / fields.seconds : 0);
     const double peak = pushedBefore - std::max(pushedEarlier, pushed);
-    if (peak > 0 && isHit(peak))
-        show(1);
+    if (peak > 0)
+        show(std::max(brightness, brightnessOf(peak)));
     pushedEarlier = pushedBefore;
     pushedBefore = pushed;
     pushed = 0;
 }
 
-bool FlashComponent::isHit(double push) {
+double FlashComponent::brightnessOf(double push) {
     const dynamics::bullet::BulletBodyControl* const body = getAgentNode() ? bodyOf(*getAgentNode()) : nullptr;
     if (!body || !body->isMovable())
-        return false;
-    const double least = fields.threshold > 0 ? fields.threshold : speedOfFall();
-    return push > least * body->getMass();
+        return 0;
+    const double least = (fields.threshold > 0 ? fields.threshold : speedOfFall()) * body->getMass();
+    return push > least ? std::min(push / (fullHit * least), 1.0) : 0;
 }
 
 void FlashComponent::show(double strength) {
+    if (strength == brightness)
+        return;
     brightness = std::max(strength, 0.0);
     osg::Transform* const transform = getAgentNode() ? getAgentNode()->getOsgTransform() : nullptr;
     if (transform)

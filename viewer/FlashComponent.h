@@ -9,10 +9,10 @@ namespace tessarin::viewer {
 /// Lets its agent flash up when its body is hit, and the flash fade out.
 ///
 /// A hit is a push that stands out from what the body bears in the steps before and after, so a body that rests doesn't
-/// flash, under however large a load. It shows one step late.
+/// flash, under however large a load. It shows one step late. A hit of five times the threshold flashes brightest.
 ///
-/// Fields: `threshold`, the least change of speed that counts as a hit (the push divided by the body's mass), which is
-/// what a fall of a fifth of a second gives as long as it is 0; `seconds`, how long the flash lasts, 0.5 at first; and
+/// Fields: `threshold`, the least change of speed that counts as a hit (the push divided by the body's mass); as long as
+/// it is 0, what a fall of a fifth of a second gives. `seconds`, how long the brightest flash lasts, 0.5 at first.
 /// `colour`, red, green and blue from 0 to 1.
 class FlashComponent : public agent::Component {
 public:
@@ -36,7 +36,7 @@ private:
         gmtl::Vec<float, 3> colour = {1.0f, 0.92f, 0.55f};
     };
 
-    bool isHit(double push);
+    double brightnessOf(double push);
     void show(double strength);
 
     Fields fields;

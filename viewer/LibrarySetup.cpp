@@ -2,6 +2,7 @@
 
 #include <viewer/FlashComponent.h>
 #include <viewer/ModelLoader.h>
+#include <viewer/MotorBehaviour.h>
 #include <viewer/SpinBehaviour.h>
 
 #include <agent/SimObjectDB.h>
@@ -18,6 +19,8 @@ void setUpLibrary() {
     agent::SimObjectDB::instance()->registerFactory(&spinBehaviours, "SpinBehaviour");
     static agent::SimObjectFactoryFor<FlashComponent> flashComponents;
     agent::SimObjectDB::instance()->registerFactory(&flashComponents, "FlashComponent");
+    static agent::SimObjectFactoryFor<MotorBehaviour> motorBehaviours;
+    agent::SimObjectDB::instance()->registerFactory(&motorBehaviours, "MotorBehaviour");
 }
 
 } // namespace tessarin::viewer
