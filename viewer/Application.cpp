@@ -1,5 +1,6 @@
 #include <viewer/Application.h>
 
+#include <viewer/Digest.h>
 #include <viewer/FrameLoop.h>
 #include <viewer/Framing.h>
 #include <viewer/Scene.h>
@@ -18,6 +19,8 @@
 #include <osgDB/FileNameUtils>
 #include <osgDB/Registry>
 
+#include <cinttypes>
+#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <memory>
@@ -124,6 +127,14 @@ void Application::runScene(const Options& options, osg::ApplicationUsage& usage)
         runUntilClosed(options, *window, *session);
     if (!options.document.empty())
         scene.write(options.document);
+    if (options.digest)
+        printDigest(scene);
+}
+
+void Application::printDigest(Scene& scene) {
+    char digits[17];
+    std::snprintf(digits, sizeof(digits), "%016" PRIx64, digestOf(scene.getRoot()));
+    out << digits << '\n';
 }
 
 void Application::runFrames(const Options& options, FrameLoop& loop, Window* window, Session* session) {

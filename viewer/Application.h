@@ -31,6 +31,7 @@ private:
     void runScene(const Options& options, osg::ApplicationUsage& usage);
     void runFrames(const Options& options, FrameLoop& loop, Window* window, Session* session);
     void runUntilClosed(const Options& options, Window& window, Session& session);
+    void printDigest(Scene& scene);
 
     std::ostream& out;
     std::ostream& err;

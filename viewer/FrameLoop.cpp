@@ -1,5 +1,6 @@
 #include <viewer/FrameLoop.h>
 
+#include <viewer/Contacts.h>
 #include <viewer/Scene.h>
 #include <viewer/SimulationTime.h>
 
@@ -25,6 +26,7 @@ void FrameLoop::frame(double seconds) {
         SimulationTime::tick = step;
         root.sendEvent(AgentEvent::PRE_PHYSICS_TICK);
         world.step(step);
+        sendCollisions(world);
         root.sendEvent(AgentEvent::POST_PHYSICS_TICK);
     }
     root.sendEvent(AgentEvent::POST_PHYSICS_UPDATE);

@@ -10,8 +10,8 @@ public:
     /// The scene is to outlive the loop; it may be reloaded meanwhile.
     explicit FrameLoop(Scene& scene);
 
-    /// One frame: PRE_PHYSICS_UPDATE; for each fixed step that is due, PRE_PHYSICS_TICK, the step and
-    /// POST_PHYSICS_TICK; POST_PHYSICS_UPDATE, UPDATE and POST_UPDATE.
+    /// One frame: PRE_PHYSICS_UPDATE; for each fixed step that is due, PRE_PHYSICS_TICK, the step,
+    /// the collisions that it has brought, and POST_PHYSICS_TICK; POST_PHYSICS_UPDATE, UPDATE and POST_UPDATE.
     ///
     /// What is left of the time counts with the next frame. A frame that took very long is cut short, so that a slow
     /// machine shows the scene slowly instead of falling behind further and further.

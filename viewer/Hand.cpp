@@ -12,8 +12,8 @@ using agent::AgentNode;
 
 namespace {
 
-/// As the event handler chooses: the highest priority, of equals the deepest. A model's nodes may hang in several places,
-/// of which one belongs to an agent.
+/// As the event handler chooses: the highest priority, of equals the deepest. A model's nodes may hang in several
+/// places, of which one belongs to an agent.
 AgentNode* findAgentAbove(osg::Node& node) {
     AgentNode* best = node.asTransform() ? AgentNode::getAgentNode(node.asTransform()) : nullptr;
     for (unsigned i = 0; i < node.getNumParents(); ++i) {

@@ -2,7 +2,9 @@
 
 #include <viewer/ModelLoader.h>
 #include <viewer/components/DragComponent.h>
+#include <viewer/components/FlashComponent.h>
 #include <viewer/components/HighlightComponent.h>
+#include <viewer/components/MotorBehaviour.h>
 #include <viewer/components/PushComponent.h>
 #include <viewer/components/SpinBehaviour.h>
 
@@ -27,7 +29,9 @@ void setUpLibrary() {
     agent::VisualModelComponent::setModelLoader(&modelLoader);
 
     registerClass<DragComponent>("DragComponent");
+    registerClass<FlashComponent>("FlashComponent");
     registerClass<HighlightComponent>("HighlightComponent");
+    registerClass<MotorBehaviour>("MotorBehaviour");
     registerClass<PushComponent>("PushComponent");
     registerClass<SpinBehaviour>("SpinBehaviour");
 }

@@ -112,6 +112,11 @@ Options Options::parse(osg::ArgumentParser& arguments) {
             ++i;
             continue;
         }
+        if (argument == "--digest") {
+            options.digest = true;
+            arguments.remove(i);
+            continue;
+        }
         const Setter set = findSetter(argument);
         if (!set)
             throw ViewerError(argument + ": unknown option" + hint);
@@ -142,6 +147,9 @@ void Options::describe(osg::ApplicationUsage& usage) {
     usage.addCommandLineOption("--snapshot FILE.png",
                                "Leave a picture: of the last frame, or without --frames of the first.");
     usage.addCommandLineOption("--write FILE.xml", "Leave the agents as they stand at the end as a document.");
+    usage.addCommandLineOption("--digest",
+                               "Print a line at the end: a hash over the names and the poses of all agents, to the "
+                               "last bit, as 16 hexadecimal digits.");
     usage.addCommandLineOption("--patch FILE.xml",
                                "Apply a document to the root agent before the first frame. May be repeated.");
     usage.addCommandLineOption("--watch FILE.xml",

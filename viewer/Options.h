@@ -32,6 +32,7 @@ struct Options {
     std::filesystem::path bindings;
     std::filesystem::path bindingsToWrite;
     std::optional<Point> point;
+    bool digest = false;
     int width = 1280;
     int height = 720;
     std::optional<int> logLevel;

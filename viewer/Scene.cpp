@@ -106,7 +106,7 @@ void showModel(AgentNode& root) {
         XMLNode* const element = document.addChild("AgentNode");
         element->attributes["name"] = child->getName();
         for (const char* const className :
-             {"GeometryComponent", "HighlightComponent", "DragComponent", "PushComponent"})
+             {"GeometryComponent", "HighlightComponent", "DragComponent", "PushComponent", "FlashComponent"})
             addComponent(*element, className);
     }
     root.modifyWithXml(&document);

@@ -64,12 +64,13 @@ public:
     double getPosition(JointAxis axis) const;
     JointLimits getLimits(JointAxis axis) const;
 
-    /// Lets a motor bring an axis to a velocity with at most that force. Wakes the bodies. A locked axis, and numbers
-    /// that are not finite or a force below zero, are answered with false and change nothing.
+    /// Lets a motor bring an axis to a velocity with at most that force. Wakes the bodies, but for a motor that does
+    /// just that already, so it may be called before each step. A locked axis, and numbers that are not finite or a
+    /// force below zero, are answered with false and change nothing.
     bool setMotorVelocity(JointAxis axis, double velocity, double maxForce);
 
     /// Lets a motor bring an axis to a position and hold it there, at most that fast and with at most that force. Wakes
-    /// the bodies. Answers as setMotorVelocity.
+    /// the bodies and answers as setMotorVelocity.
     bool setMotorPosition(JointAxis axis, double position, double maxVelocity, double maxForce);
 
     /// The axis moves as its limits and springs let it.

@@ -20,9 +20,9 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 /// Lengths beyond this are never reached, and some exporters write the largest number there is for infinity.
 constexpr double farthestLimit = 1e12;
 
-/// A spring that swings this little in one step is left to swing freely; a stiffer one is held back, or it would blow
+/// How much of its swing a spring may do in one step. A stiffer one is softened to that and damped, or it would blow
 /// up.
-constexpr double softSpring = 0.05;
+constexpr double stiffestSpring = 0.5;
 
 /// A light body far from its hinge needs that many to follow a motor.
 constexpr int solverIterations = 100;
@@ -79,14 +79,10 @@ double inverseMassAt(const btRigidBody& body, const btVector3& point, const btVe
 
 /// @param inverseMass of all that moves.
 double springForce(const collada::Spring& spring, double off, double velocity, double inverseMass, double seconds) {
-    const double stiffness = spring.stiffness;
-    const double damping = spring.damping;
-    const double isStiff = seconds * (seconds * stiffness + damping) * inverseMass;
-    if (isStiff < softSpring) {
-        return -stiffness * off - damping * velocity;
-    }
-    // Taken with the position and velocity that the step leads to, which keeps the stiffest spring in bounds.
-    return -(stiffness * (off + seconds * velocity) + damping * velocity) / (1 + isStiff);
+    const double swing = seconds * (seconds * spring.stiffness + spring.damping) * inverseMass;
+    const double softened = std::min(1.0, stiffestSpring / swing); // a swing of zero is none to soften
+    const double damping = spring.damping + (1 - softened) * seconds * spring.stiffness;
+    return -(spring.stiffness * off + damping * velocity) * softened;
 }
 
 } // namespace
@@ -217,7 +213,18 @@ double JointCore::getPosition(std::size_t axis) const {
     return middle + std::remainder(angle - middle, 2 * pi);
 }
 
+bool JointCore::isNew(std::size_t axis, const Motor& motor) {
+    Motor& present = motors[axis];
+    const bool isSame = motor.kind == present.kind && motor.position == present.position &&
+                        motor.velocity == present.velocity && motor.maxForce == present.maxForce;
+    present = motor;
+    return !isSame;
+}
+
 void JointCore::runMotor(std::size_t axis, double velocity, double maxForce) {
+    if (!isNew(axis, {Motor::RUNS, 0, velocity, maxForce})) {
+        return;
+    }
     const auto index = static_cast<int>(axis);
     constraint->enableMotor(index, true);
     constraint->setServo(index, false);
@@ -228,6 +235,9 @@ void JointCore::runMotor(std::size_t axis, double velocity, double maxForce) {
 }
 
 void JointCore::holdMotor(std::size_t axis, double position, double maxVelocity, double maxForce) {
+    if (!isNew(axis, {Motor::HOLDS, position, maxVelocity, maxForce})) {
+        return;
+    }
     const auto index = static_cast<int>(axis);
     constraint->enableMotor(index, true);
     constraint->setServo(index, true);
@@ -238,7 +248,7 @@ void JointCore::holdMotor(std::size_t axis, double position, double maxVelocity,
 }
 
 void JointCore::stopMotor(std::size_t axis) {
-    if (constraint) {
+    if (constraint && isNew(axis, Motor())) {
         constraint->enableMotor(static_cast<int>(axis), false);
         constraint->setServo(static_cast<int>(axis), false);
         wake();

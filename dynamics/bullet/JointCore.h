@@ -64,10 +64,22 @@ public:
     std::size_t sprungIndex = 0;
 
 private:
+    struct Motor {
+        enum Kind { OFF, RUNS, HOLDS };
+
+        Kind kind = OFF;
+        double position = 0;
+        double velocity = 0;
+        double maxForce = 0;
+    };
+
     struct AxisSpring {
         std::size_t axis;
         collada::Spring spring;
     };
+
+    /// Remembers what the motor of an axis is to do; false if that is what it does already.
+    bool isNew(std::size_t axis, const Motor& motor);
 
     void setLimits(const collada::ConstraintInstance& description);
     void setSprings(const collada::ConstraintInstance& description);
@@ -81,6 +93,7 @@ private:
     BulletBody* second;
     std::unique_ptr<btGeneric6DofSpring2Constraint> constraint;
     std::array<JointLimits, 6> limits;
+    std::array<Motor, 6> motors;
     std::vector<AxisSpring> springs;
     bool enabled;
     bool isInEngine = false;

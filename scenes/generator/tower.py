@@ -9,7 +9,6 @@ from meshes import Mesh, box, sphere
 
 COURSES, BRICKS, RADIUS = 9, 12, 1.15
 BRICK = (0.262, 0.15, 0.125)  # half extents: along the wall, through it, up
-GAP = 0.002
 BALL = 0.5  # radius
 WALL = (0.2, 2.6, 0.35)  # half extents; it keeps the ball in the picture
 STONES = ["sandstone", "limestone", "terracotta", "ochre"]
@@ -23,7 +22,7 @@ def bricks():
                 continue
             angle = 360 / BRICKS * (i + 0.5 * (course % 2))
             x, y = (RADIUS * f(math.radians(angle)) for f in (math.cos, math.sin))
-            z = BRICK[2] + course * (2 * BRICK[2] + GAP)
+            z = BRICK[2] + course * 2 * BRICK[2]
             yield f"brick_{course + 1}_{i + 1}", (x, y, z), angle + 90
 
 
@@ -69,8 +68,10 @@ def model():
 def agents():
     """The agents come with the model's bodies; the document gives each the node that bears its name."""
     geometry = '<Component class="GeometryComponent" name="GeometryComponent"/>'
-    names = ["ground", "wall", "ball"] + [name for name, _, _ in bricks()]
-    children = "\n".join(f'  <AgentNode name="{name}">{geometry}</AgentNode>' for name in names)
+    flash = '<Component class="FlashComponent" name="FlashComponent"/>'
+    parts = [(name, geometry) for name in ("ground", "wall", "ball")]
+    parts += [(name, geometry + flash) for name, _, _ in bricks()]
+    children = "\n".join(f'  <AgentNode name="{name}">{components}</AgentNode>' for name, components in parts)
     return f"""<?xml version="1.0" encoding="utf-8"?>
 <!-- A tower of bricks that is knocked over by a ball. Made by scenes/generator/tower.py. -->
 <AgentNode name="tower_scene">

@@ -180,6 +180,17 @@ TEST(Joint, ASpringSwingsAtItsFrequencyAndDampsAsItShould) {
     }
 }
 
+TEST(Joint, ASpringUnderALoadRestsWhereItsStiffnessSays) {
+    for (const double stiffness : {200.0, 10000.0}) {
+        ColladaScene scene =
+            springBall("<stiffness>" + std::to_string(stiffness) + "</stiffness><damping>60</damping>", 0);
+        scene.gravity = "10 0 0";
+        LoadedWorld loaded(scene);
+        loaded.run(300);
+        EXPECT_NEAR(loaded.at("ball", 0), 20 / stiffness, 0.01 * 20 / stiffness) << "two units of mass";
+    }
+}
+
 TEST(Joint, AnAngularSpringCountsDegrees) {
     ColladaScene scene;
     scene.gravity = "0 0 0";
@@ -250,10 +261,24 @@ TEST(Joint, MotorsDriveAndHold) {
     EXPECT_GT(slide.getPosition(x), -0.5); // no faster than 3
     loaded.run(120);
     EXPECT_NEAR(slide.getPosition(x), -2, 0.01);
+    // Told the same again it goes on sleeping, told anything else it wakes.
+    const auto sleeps = [&] {
+        bool isActive = false;
+        for (int i = 0; i < 120; ++i) {
+            slide.setMotorPosition(x, -2, 3, 1000);
+            loaded.run(1);
+            isActive = loaded.body("ball").isActive();
+        }
+        return !isActive;
+    };
+    EXPECT_TRUE(sleeps());
+    slide.setMotorPosition(x, -2.01, 3, 1000);
+    loaded.run(1);
+    EXPECT_TRUE(loaded.body("ball").isActive());
     slide.switchMotorOff(x);
     loaded.body("ball").setLinearVelocity({1.0F, 0.0F, 0.0F});
     loaded.run(60);
-    EXPECT_NEAR(slide.getPosition(x), -1, 0.02);
+    EXPECT_NEAR(slide.getPosition(x), -1, 0.04);
     EXPECT_FALSE(slide.setMotorVelocity(JointAxis::rotationX, 1, 1)); // locked
     EXPECT_FALSE(slide.setMotorVelocity(x, infinity, 1));
     EXPECT_FALSE(slide.setMotorPosition(x, 1, 1, -1));

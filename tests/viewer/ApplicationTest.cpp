@@ -17,7 +17,7 @@ protected:
 
 TEST_F(ApplicationTest, HelpListsEveryOptionAndVersionIsTold) {
     EXPECT_EQ(run({"--help"}), 0);
-    for (const char* option : {"--frames N", "--snapshot FILE.png", "--write FILE.xml", "--patch FILE.xml",
+    for (const char* option : {"--frames N", "--snapshot FILE.png", "--write FILE.xml", "--digest", "--patch FILE.xml",
                                "--size WxH", "--log LEVEL", "--help", "--version"})
         EXPECT_THAT(out.str(), HasSubstr(option));
     EXPECT_EQ(run({"--version"}), 0);
