@@ -4,11 +4,13 @@
 #include <viewer/LibrarySetup.h>
 #include <viewer/ModelLoader.h>
 #include <viewer/ViewerError.h>
+#include <viewer/components/BodyOfAgent.h>
 
 #include <agent/AgentNode.h>
 #include <agent/GeometryComponent.h>
 #include <agent/RigidBodyComponent.h>
 #include <agent/VisualModelComponent.h>
+#include <dynamics/bullet/BulletBodyControl.h>
 #include <dynamics/bullet/BulletDynamicsWorld.h>
 #include <sceneutils/FindNodeVisitor.h>
 
@@ -85,8 +87,8 @@ void addComponent(XMLNode& agent, const std::string& className) {
     agent.addChild("Component")->attributes = {{"class", className}, {"name", className}};
 }
 
-/// Shows the model of an agent: each body's node on the agent of that body, which a person can play with, and what
-/// belongs to no body on the agent itself.
+/// Shows the model of an agent: each body's node on the agent of that body, and what belongs to no body on the agent
+/// itself. What moves can be played with.
 void showModel(AgentNode& root) {
     const osg::ref_ptr<osg::Node> model = modelOf(root)->getModel();
     // By its name an agent takes a single node. This one is to take all that its children leave.
@@ -105,9 +107,12 @@ void showModel(AgentNode& root) {
     for (AgentNode* child : root.getChildren()) {
         XMLNode* const element = document.addChild("AgentNode");
         element->attributes["name"] = child->getName();
-        for (const char* const className :
-             {"GeometryComponent", "HighlightComponent", "DragComponent", "PushComponent", "FlashComponent"})
-            addComponent(*element, className);
+        addComponent(*element, "GeometryComponent");
+        const dynamics::bullet::BulletBodyControl* const body = findBodyControl(child);
+        if (!body || !body->isMovable())
+            continue;
+        for (const char* const toy : {"HighlightComponent", "DragComponent", "PushComponent", "FlashComponent"})
+            addComponent(*element, toy);
     }
     root.modifyWithXml(&document);
 }

@@ -4,6 +4,7 @@ import math
 import pathlib
 import random
 
+from agents import FIXED, MOVABLE, agent
 from collada import Document
 from meshes import Mesh, box, sphere
 
@@ -67,19 +68,15 @@ def model():
 
 def agents():
     """The agents come with the model's bodies; the document gives each the node that bears its name."""
-    geometry = '<Component class="GeometryComponent" name="GeometryComponent"/>'
-    flash = '<Component class="FlashComponent" name="FlashComponent"/>'
-    parts = [(name, geometry) for name in ("ground", "wall", "ball")]
-    parts += [(name, geometry + flash) for name, _, _ in bricks()]
-    children = "\n".join(f'  <AgentNode name="{name}">{components}</AgentNode>' for name, components in parts)
+    children = "".join(agent(name, FIXED) for name in ("ground", "wall"))
+    children += "".join(agent(name, MOVABLE) for name in ["ball"] + [name for name, _, _ in bricks()])
     return f"""<?xml version="1.0" encoding="utf-8"?>
 <!-- A tower of bricks that is knocked over by a ball. Made by scenes/generator/tower.py. -->
 <AgentNode name="tower_scene">
   <Component class="VisualModelComponent" name="VisualModelComponent">
     <field name="filePath" value="models/tower.dae"/>
   </Component>
-{children}
-</AgentNode>
+{children}</AgentNode>
 """
 
 

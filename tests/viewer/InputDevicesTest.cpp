@@ -1,0 +1,148 @@
+// Joysticks, by SDL's virtual ones, and bindings; what needs no window.
+
+#include <tests/viewer/ViewerTest.h>
+
+#include <viewer/input/Bindings.h>
+#include <viewer/input/Joysticks.h>
+#include <viewer/input/KeyCodes.h>
+
+#include <agent/Input.h>
+
+#include <SDL.h>
+#include <osgGA/GUIEventAdapter>
+
+namespace tessarin::viewer {
+
+using agent::Input;
+
+namespace {
+
+/// A game pad with six axes, ten buttons and a hat.
+class VirtualPad {
+public:
+    VirtualPad()
+        : index(SDL_JoystickAttachVirtual(SDL_JOYSTICK_TYPE_GAMECONTROLLER, 6, 10, 1)),
+          id(SDL_JoystickGetDeviceInstanceID(index)) {}
+
+    void unplug() const {
+        for (int i = 0; i < SDL_NumJoysticks(); ++i)
+            if (SDL_JoystickGetDeviceInstanceID(i) == id)
+                SDL_JoystickDetachVirtual(i);
+    }
+
+    SDL_Joystick* get() const { return SDL_JoystickFromInstanceID(id); }
+
+private:
+    int index;
+    SDL_JoystickID id;
+};
+
+using JoysticksTest = testing::Test;
+
+TEST_F(JoysticksTest, FeedTheInputWhileTheyArePluggedInAndLetGoThen) {
+    Joysticks joysticks;
+    Input& input = *Input::instance();
+    const VirtualPad first, second;
+    joysticks.poll();
+
+    SDL_JoystickSetVirtualAxis(first.get(), 1, -32768);
+    SDL_JoystickSetVirtualAxis(second.get(), 5, 16384);
+    SDL_JoystickSetVirtualButton(second.get(), 3, 1);
+    SDL_JoystickSetVirtualHat(second.get(), 0, SDL_HAT_LEFTUP);
+    joysticks.poll();
+    EXPECT_EQ(input.getJoystickAxis(0, 1).value, -1);
+    EXPECT_NEAR(input.getJoystickAxis(1, 5).value, 0.5, 1e-4);
+    EXPECT_EQ(input.getJoystickAxis(1, 6).value, -1) << "the hat, to the right";
+    EXPECT_EQ(input.getJoystickAxis(1, 7).value, 1) << "the hat, upwards";
+    EXPECT_TRUE(input.isButtonCodePressed("joystick 1 button 3"));
+    EXPECT_FALSE(input.isButtonCodePressed("joystick 0 button 3"));
+
+    SDL_JoystickSetVirtualButton(first.get(), 9, 1);
+    joysticks.poll();
+    first.unplug();
+    joysticks.poll();
+    EXPECT_FALSE(input.isButtonCodePressed("joystick 0 button 9"));
+    EXPECT_EQ(input.getJoystickAxis(0, 1).value, 0);
+    EXPECT_TRUE(input.isButtonCodePressed("joystick 1 button 3")) << "the other one keeps its number";
+
+    const VirtualPad third;
+    joysticks.poll();
+    SDL_JoystickSetVirtualButton(third.get(), 0, 1);
+    joysticks.poll();
+    EXPECT_TRUE(input.isButtonCodePressed("joystick 0 button 0")) << "it takes the number that is free";
+    third.unplug();
+    second.unplug();
+    joysticks.poll();
+    EXPECT_EQ(input.getJoystickAxis(1, 6).value, 0);
+}
+
+class BindingsTest : public ViewerTest {};
+
+TEST_F(BindingsTest, AFileGoesOverTheDefaultsAndComesBackAsItWasWritten) {
+    const auto file = write("my.xml", "<Bindings><VirtualInput name='steer' neg='key a' pos='key d'/>"
+                                      "<VirtualInput name='boost' joyNum='2' axis='4' scale='-0.5' dead='0.25'/>"
+                                      "</Bindings>");
+    ASSERT_EQ(run({"--bindings", file, "--write-bindings", folder / "all.xml"}), 0) << err.str();
+    Bindings bindings;
+    bindings.read(folder / "all.xml");
+    bindings.giveToInput();
+
+    Input& input = *Input::instance();
+    input.pressButton("key d");
+    input.pressButton("key up");
+    input.setJoystickAxisValue(0, 0, -1);
+    input.setJoystickAxisValue(2, 4, 1);
+    EXPECT_EQ(input.getAxis("steer"), 1) << "the axis of the default has gone";
+    EXPECT_EQ(input.getAxis("drive"), 1) << "what the file doesn't name stays";
+    EXPECT_EQ(input.getAxis("boost"), -0.5);
+    input.setJoystickAxisValue(2, 4, 0.25);
+    EXPECT_EQ(input.getAxis("boost"), 0);
+    input.releaseButton("key d");
+    input.releaseButton("key up");
+
+    EXPECT_EQ(run({"--write-bindings", folder / "again.xml", "--bindings", folder / "all.xml"}), 0);
+    const auto content = [](const std::filesystem::path& path) {
+        std::ostringstream text;
+        text << std::ifstream(path).rdbuf();
+        return text.str();
+    };
+    EXPECT_EQ(content(folder / "all.xml"), content(folder / "again.xml"));
+}
+
+TEST_F(BindingsTest, WhatIsWrongIsToldInALine) {
+    const std::string missing = folder / "missing.xml";
+    EXPECT_EQ(failure({"--bindings", missing, "x.xml"}), missing + ": no such file");
+    const auto refusal = [&](const std::string& text) {
+        const std::string file = write("bad.xml", text);
+        const std::string line = failure({"--bindings", file, "x.xml"});
+        EXPECT_EQ(line.compare(0, file.size(), file), 0) << line;
+        return line.substr(file.size());
+    };
+    EXPECT_EQ(refusal("<Keys/>"), ": no bindings, its root element is Keys and not Bindings");
+    EXPECT_EQ(refusal("<Bindings><VirtualInput name='a'/><Input/></Bindings>"), ": binding 2: unknown element Input");
+    EXPECT_EQ(refusal("<Bindings><VirtualInput pos='key a'/></Bindings>"), ": binding 1: it has no name");
+    EXPECT_EQ(refusal("<Bindings><VirtualInput name='a' key='a'/></Bindings>"), ": binding 1: unknown attribute key");
+    EXPECT_EQ(refusal("<Bindings><VirtualInput name='a' axis='one'/></Bindings>"),
+              ": binding 1: axis=\"one\" is no number");
+    EXPECT_EQ(refusal("<Bindings><VirtualInput"), ":1:11: unclosed token");
+}
+
+TEST(KeyCodesTest, AreReadable) {
+    using Event = osgGA::GUIEventAdapter;
+    const std::pair<int, const char*> codes[] = {{'a', "key a"},
+                                                 {'7', "key 7"},
+                                                 {'+', "key +"},
+                                                 {' ', "key space"},
+                                                 {Event::KEY_F12, "key f12"},
+                                                 {Event::KEY_Page_Up, "key page up"},
+                                                 {0xe4, "key 0xe4"},
+                                                 {Event::KEY_KP_4, "key keypad 4"},
+                                                 {Event::KEY_KP_Left, "key keypad 4"},
+                                                 {Event::KEY_Left, "key left"}};
+    for (const auto& [key, code] : codes)
+        EXPECT_EQ(keyCode(key), code);
+}
+
+} // namespace
+
+} // namespace tessarin::viewer
