@@ -10,11 +10,13 @@ packages=(
     g++ clang libclang-rt-14-dev cmake ninja-build ccache pkg-config git ca-certificates
     clang-format clang-tidy
     # What the libraries and the viewer are made with
-    libopenscenegraph-dev libsigc++-2.0-dev liblog4cpp5-dev libexpat1-dev libbullet-dev libsdl2-dev
+    libopenscenegraph-dev libsigc++-2.0-dev liblog4cpp5-dev libexpat1-dev libbullet-dev libsdl2-dev libx11-dev
     # Tests and benchmarks
     libgtest-dev libgmock-dev libbenchmark-dev
     # A display for machines without one, with a software renderer; events for its windows
     xvfb xauth xdotool libgl1-mesa-dri
+    # Letters for the texts of the viewer
+    fonts-dejavu-core
 )
 
 case "${1:-}" in

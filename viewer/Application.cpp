@@ -105,9 +105,9 @@ void Application::runScene(const Options& options, osg::ApplicationUsage& usage)
         requirePictureFormat(options.snapshot);
 
     const Bindings bindings = readBindings(options);
-    bindings.describe(usage);
     Scene scene(options.file, options.patches);
     const std::unique_ptr<Window> window = openWindow(options, scene, usage);
+    bindings.describe(usage);
     if (window)
         window->lookAt(findSubject(scene.getGraph()));
     else

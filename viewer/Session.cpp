@@ -15,6 +15,7 @@
 #include <logging/Log.h>
 #include <logging/Logger.h>
 
+#include <algorithm>
 #include <sstream>
 
 namespace tessarin::viewer {
@@ -23,11 +24,18 @@ using agent::Input;
 
 namespace {
 
-constexpr int framesBetweenTexts = 6; // a person can't read faster
+constexpr double timeBetweenTexts = 0.1; // nobody reads faster
 constexpr double messageTime = 8;
 
-/// Commands whose keys mean something to other handlers too.
-const char* const commands[] = {"pause", "step", "reload", "home", "show input", "show agent"};
+/// One thing a line.
+std::string describeInput() {
+    std::ostringstream stream;
+    Input::instance()->dumpInfo(stream);
+    std::string text = stream.str();
+    std::replace(text.begin(), text.end(), ',', '\n');
+    text.erase(text.find_last_not_of('\n') + 1);
+    return text;
+}
 
 bool isCommanded(const char* command) {
     return Input::instance()->wasButtonPressed(command);
@@ -38,8 +46,10 @@ bool isCommanded(const char* command) {
 Session::Session(Scene& sceneToShow, FrameLoop& loopToDrive, Window& windowToUse, const Bindings& bindings)
     : scene(sceneToShow), loop(loopToDrive), window(windowToUse), headsUp(window.getViewer()) {
     bindings.giveToInput();
-    for (const char* const command : commands)
-        feeder->reserve(bindings.getButton(command));
+    for (const agent::VirtualInput& binding : bindings.getAll()) {
+        feeder->reserve(binding.pos);
+        feeder->reserve(binding.neg);
+    }
     pausedText = "Paused - " + bindings.getButton("pause") + ": go on, " + bindings.getButton("step") + ": one frame";
     window.getViewer().getEventHandlers().push_front(feeder);
     sendEventsToRoot();
@@ -75,9 +85,8 @@ void Session::frame(double seconds) {
     isStepDue = false;
     messageSeconds -= seconds;
     fitTexts();
-    showTexts();
+    showTexts(seconds);
     Input::instance()->update();
-    ++frameNumber;
 }
 
 void Session::takeEvents() {
@@ -142,16 +151,15 @@ void Session::fitTexts() {
     headsUp.resize(static_cast<int>(viewport.width()), static_cast<int>(viewport.height()));
 }
 
-void Session::showTexts() {
+void Session::showTexts(double seconds) {
     agent::AgentNode* const pointed = Hand::instance().getPointed();
-    if (pointed == described && frameNumber % framesBetweenTexts != 0)
+    textAge += seconds;
+    if (pointed == described && textAge < timeBetweenTexts)
         return;
     described = pointed;
+    textAge = 0;
     headsUp.showAgent(showsAgent && pointed ? describe(*pointed) : std::string());
-    std::ostringstream input;
-    if (showsInput)
-        Input::instance()->dumpInfo(input);
-    headsUp.showInput(input.str());
+    headsUp.showInput(showsInput ? describeInput() : std::string());
     headsUp.showMessage(messageSeconds > 0 ? message : paused ? pausedText : std::string());
 }
 

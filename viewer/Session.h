@@ -51,7 +51,7 @@ private:
     void applyWatched();
     void reload();
     void fitTexts();
-    void showTexts();
+    void showTexts(double seconds);
     void tell(const std::string& text);
 
     Scene& scene;
@@ -65,7 +65,7 @@ private:
     std::string pausedText;
     std::string message;
     double messageSeconds = 0;
-    int frameNumber = 0;
+    double textAge = 0;
     bool paused = false;
     bool isStepDue = false;
     bool showsAgent = true;

@@ -17,6 +17,19 @@
 
 namespace tessarin::viewer {
 
+namespace {
+
+/// Without the one key that it has otherwise, space.
+class Trackball : public osgGA::TrackballManipulator {
+public:
+    void getUsage(osg::ApplicationUsage&) const override {}
+
+protected:
+    bool handleKeyDown(const osgGA::GUIEventAdapter&, osgGA::GUIActionAdapter&) override { return false; }
+};
+
+} // namespace
+
 osg::ref_ptr<osg::GraphicsContext> Window::open(const std::string& title, int width, int height) {
     const osg::ref_ptr<osg::GraphicsContext::Traits> traits = new osg::GraphicsContext::Traits;
     traits->readDISPLAY();
@@ -43,7 +56,8 @@ osg::ref_ptr<osg::GraphicsContext> Window::open(const std::string& title, int wi
     return context;
 }
 
-Window::Window(osg::GraphicsContext& context, osg::Node& scene, osg::ApplicationUsage& usage) {
+Window::Window(osg::GraphicsContext& context, osg::Node& scene, osg::ApplicationUsage& usage)
+    : trackball(new Trackball) {
     viewer.setThreadingModel(osgViewer::ViewerBase::SingleThreaded);
     viewer.setLightingMode(osg::View::NO_LIGHT); // the scene brings its sun along
     setUpCamera(context);

@@ -64,7 +64,7 @@ private:
 
     osgViewer::Viewer viewer;
     Daylight daylight;
-    osg::ref_ptr<osgGA::TrackballManipulator> trackball = new osgGA::TrackballManipulator;
+    osg::ref_ptr<osgGA::TrackballManipulator> trackball;
 };
 
 } // namespace tessarin::viewer

@@ -39,7 +39,7 @@ constexpr Default defaults[] = {
     {"drive", "key up", "key down", 1, -1, "Drive: forwards, backwards"},
     {"steer", "key right", "key left", 0, 1, "Steer: right, left"},
     {"lift", "key page up", "key page down", -1, 1, "Lift: up, down"},
-    {"brake", "key b", "", -1, 1, "Brake"},
+    {"brake", "key x", "", -1, 1, "Brake"},
     {"push right", "key keypad 6", "key keypad 4", 3, 1, "Push the selected body: right, left"},
     {"push away", "key keypad 8", "key keypad 2", 4, -1, "Push the selected body: away, near"},
     {"push up", "key keypad 9", "key keypad 3", -1, 1, "Push the selected body: up, down"},
@@ -119,6 +119,15 @@ std::string withoutPrefix(const std::string& code) {
     return code.rfind(prefix, 0) == 0 ? code.substr(prefix.size()) : code;
 }
 
+/// Both keys in short: "page up, down".
+std::string nameKeys(const VirtualInput& input) {
+    const std::string pos = withoutPrefix(input.pos), neg = withoutPrefix(input.neg);
+    if (pos.empty() || neg.empty())
+        return pos + neg;
+    const std::size_t words = pos.rfind(' ') + 1;
+    return pos + ", " + (pos.compare(0, words, neg, 0, words) == 0 ? neg.substr(words) : neg);
+}
+
 } // namespace
 
 Bindings::Bindings() {
@@ -160,13 +169,11 @@ void Bindings::giveToInput() const {
 
 void Bindings::describe(osg::ApplicationUsage& usage) const {
     for (const Default& each : defaults) {
-        const VirtualInput& input = *findIn(all, each.name);
-        std::string keys = withoutPrefix(input.pos);
-        if (!input.neg.empty())
-            keys += ", " + withoutPrefix(input.neg);
-        if (!keys.empty())
-            usage.addKeyboardMouseBinding(keys, each.meaning);
+        const std::string names = nameKeys(*findIn(all, each.name));
+        if (!names.empty())
+            usage.addKeyboardMouseBinding(names, each.meaning);
     }
+    usage.addKeyboardMouseBinding("left mouse", "Drag a body; turn the view elsewhere");
 }
 
 std::string Bindings::getButton(const std::string& name) const {

@@ -19,7 +19,7 @@ public:
     /// A wheel turns for one frame: forgets what it did in the last one.
     void beginFrame();
 
-    /// Keys that are taken for commands, so that no other handler acts on them as well.
+    /// A key that is bound here, so that no other handler is to act on it as well.
     void reserve(const std::string& code) { reserved.insert(code); }
 
     /// Releases all keys and mouse buttons that are held, as if the person had let go.
