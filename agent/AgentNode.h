@@ -315,6 +315,10 @@ private:
 
     void connect(Component* component, AgentEvent::_AgentEventEnum event);
     void dispatchEvent(AgentEvent::_AgentEventEnum event);
+    void dispatchFrom(std::list<AgentNode*>::iterator entry, AgentEvent::_AgentEventEnum event, bool sweep);
+    bool listens(AgentEvent::_AgentEventEnum event) const;
+    bool isSilentLeaf(AgentEvent::_AgentEventEnum event) const;
+    void prefetchNext(std::list<AgentNode*>::iterator entry) const;
     void emitSignal(AgentEvent::_AgentEventEnum event);
     void removeMarkedChildren();
     bool isInUse() const;

@@ -177,21 +177,52 @@ void AgentNode::sendEvent(AgentEvent::_AgentEventEnum event) {
     dispatchEvent(event);
 }
 
-void AgentNode::dispatchEvent(AgentEvent::_AgentEventEnum event) {
-    const bool listens = (connectedEvents >> event & 1u) != 0;
-    if (!listens && children.empty())
-        return;
+// Large trees are bound by memory: the next child comes in while this one's branch is visited.
+inline void AgentNode::prefetchNext(std::list<AgentNode*>::iterator entry) const {
+    if (++entry != children.end())
+        __builtin_prefetch(&(*entry)->children);
+}
 
+inline bool AgentNode::listens(AgentEvent::_AgentEventEnum event) const {
+    return (connectedEvents >> event & 1u) != 0;
+}
+
+/// Has neither anybody to call nor children.
+inline bool AgentNode::isSilentLeaf(AgentEvent::_AgentEventEnum event) const {
+    return !listens(event) && children.empty();
+}
+
+void AgentNode::dispatchEvent(AgentEvent::_AgentEventEnum event) {
+    auto entry = children.begin();
+    bool sweep = false;
+    if (!listens(event)) {
+        // As long as nobody is called nothing can change, and no walk has to be known.
+        for (; entry != children.end() && (*entry)->isSilentLeaf(event); ++entry) {
+            prefetchNext(entry);
+            sweep |= (*entry)->markedForRemoval;
+        }
+    }
+    if (listens(event) || entry != children.end())
+        dispatchFrom(entry, event, sweep);
+    else if (sweep)
+        removeMarkedChildren();
+}
+
+/// The whole dispatch where the agent listens; else that to the children from the entry on.
+/// @param sweep one of the children before is marked for removal.
+void AgentNode::dispatchFrom(std::list<AgentNode*>::iterator entry, AgentEvent::_AgentEventEnum event, bool sweep) {
     ChildWalk walk(*this);
     const unsigned marksBefore = marks;
-    bool sweep = false;
-    if (listens)
+    if (listens(event)) {
         eventSignals[event].emit();
-    for (walk.begin(); AgentNode* child = walk.get(); walk.advance()) {
-        // Large trees are bound by memory: the next child comes in while this one's branch is visited.
-        if (const auto next = std::next(walk.current); next != children.end())
-            __builtin_prefetch(&(*next)->children);
-        child->dispatchEvent(event);
+        walk.begin();
+    } else {
+        walk.beginAt(entry);
+    }
+    for (; AgentNode* child = walk.get(); walk.advance()) {
+        prefetchNext(walk.current);
+        if (!child->isSilentLeaf(event))
+            child->dispatchEvent(event);
         if (walk.isOnVisited() && child->markedForRemoval)
             sweep = true;
     }

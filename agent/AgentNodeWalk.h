@@ -43,11 +43,15 @@ struct AgentNode::Walk {
     Walk& operator=(const Walk&) = delete;
 
     void begin() {
-        if (!node)
-            return;
+        if (node)
+            beginAt(list(*node).begin());
+    }
+
+    /// @param entry of the agent's list; the agent must not have gone.
+    void beginAt(Entry entry) {
         started = true;
         onNext = false;
-        current = list(*node).begin();
+        current = entry;
         end = list(*node).end();
     }
 
