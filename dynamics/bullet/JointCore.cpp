@@ -20,8 +20,8 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 /// Lengths beyond this are never reached, and some exporters write the largest number there is for infinity.
 constexpr double farthestLimit = 1e12;
 
-/// How much of its swing a spring may do in one step. A stiffer one is softened to that and damped, or it would blow
-/// up.
+/// What part of a velocity a spring may take away in one step. A stiffer one is softened to that and damped, or it
+/// would blow up.
 constexpr double stiffestSpring = 0.5;
 
 /// A light body far from its hinge needs that many to follow a motor.
@@ -79,8 +79,8 @@ double inverseMassAt(const btRigidBody& body, const btVector3& point, const btVe
 
 /// @param inverseMass of all that moves.
 double springForce(const collada::Spring& spring, double off, double velocity, double inverseMass, double seconds) {
-    const double swing = seconds * (seconds * spring.stiffness + spring.damping) * inverseMass;
-    const double softened = std::min(1.0, stiffestSpring / swing); // a swing of zero is none to soften
+    const double taken = seconds * (seconds * spring.stiffness + spring.damping) * inverseMass;
+    const double softened = taken > stiffestSpring ? stiffestSpring / taken : 1;
     const double damping = spring.damping + (1 - softened) * seconds * spring.stiffness;
     return -(spring.stiffness * off + damping * velocity) * softened;
 }

@@ -140,10 +140,10 @@ void WorldCore::setThresholds(btRigidBody& body) const {
     const auto& owner = *static_cast<BulletBody*>(body.getUserPointer());
     const double size = owner.getSize();
     const double pull = length(gravity);
-    // What hangs on a joint may be as slow where a swing turns round.
+    // What hangs on a joint may be as slow where a swing turns round, but weight soon brings it back.
     const bool settles = pull > 0 && !owner.hasJoints();
     const double part = settles ? 0.2 : 0.001;
-    const double linear = settles ? std::min(part * size, 0.05 * pull) : part * size;
+    const double linear = settles ? std::min(part * size, 0.05 * pull) : std::max(part * size, 1e-4 * pull);
     body.setSleepingThresholds(static_cast<btScalar>(linear), static_cast<btScalar>(part));
 }
 

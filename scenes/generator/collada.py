@@ -10,6 +10,9 @@ def wrapped(values, per_line, indent):
     return ("\n" + " " * indent).join(lines)
 
 
+LOCKED = ((0, 0, 0), (0, 0, 0))
+
+
 class Document:
     def __init__(self, title, comment):
         self.title, self.comment = title, comment
@@ -71,12 +74,14 @@ class Document:
       </mesh>
     </geometry>""")
 
-    def node(self, name, geometry, translate=(0, 0, 0), rotate_z=0, bind=None):
-        """`bind` maps the geometry's slots to materials; a slot that it leaves out is the material of that name."""
+    def node(self, name, geometry, translate=(0, 0, 0), rotate_z=0, bind=None, rotate=None):
+        """`rotate` is an axis and degrees about it. `bind` maps the geometry's slots to materials; a slot that it leaves
+        out is the material of that name."""
         bind = bind or {}
         instances = "".join(f'<instance_material symbol="{slot}" target="#{bind.get(slot, slot)}"/>'
                             for slot in self.used_materials[geometry])
-        turn = f"<rotate>0 0 1 {numbers([rotate_z])}</rotate>" if rotate_z else ""
+        rotate = rotate or (0, 0, 1, rotate_z)
+        turn = f"<rotate>{numbers(rotate)}</rotate>" if rotate[3] else ""
         self.nodes.append(f"""      <node id="{name}" name="{name}">
         <translate>{numbers(translate)}</translate>{turn}
         <instance_geometry url="#{geometry}">
@@ -93,29 +98,42 @@ class Document:
       </technique_common>
     </physics_material>""")
 
-    def rigid_body(self, sid, shapes, material, mass=None):
-        """A body without mass is static. `shapes` are the insides of `shape` elements."""
+    def rigid_body(self, sid, shapes, material, mass=None, centre=None, inertia=None):
+        """A body without mass is static. `shapes` are the insides of `shape` elements; `centre` is that of mass."""
+        frame = f"<mass_frame><translate>{numbers(centre)}</translate></mass_frame>" if centre else ""
+        moments = f"<inertia>{numbers(inertia)}</inertia>" if inertia else ""
+        masses = f"\n          {frame}{moments}" if frame or moments else ""
         dynamic = f"<dynamic>true</dynamic>\n          <mass>{mass:g}</mass>" if mass else "<dynamic>false</dynamic>"
         inside = "\n".join(f"          <shape>{shape}</shape>" for shape in shapes)
         self.rigid_bodies.append(f"""      <rigid_body sid="{sid}" name="{sid}">
         <technique_common>
-          {dynamic}
+          {dynamic}{masses}
           <instance_physics_material url="#{material}"/>
 {inside}
         </technique_common>
       </rigid_body>""")
 
-    def constraint(self, sid, reference, reference_at, body, body_at, swing, linear=((0, 0, 0), (0, 0, 0))):
+    def constraint(self, sid, reference, reference_at, body, body_at, swing=LOCKED, linear=LOCKED, spring=None,
+                   interpenetrate=False):
+        """A joint of two bodies, or of a body and the world where `reference` is None: `reference_at` is in the world
+        then. Limits are pairs of lower and upper ends, in degrees and metres. `spring` is one for the linear axes that
+        may move: stiffness, damping and target."""
         def limits(tag, pair):
             return "<%s><min>%s</min><max>%s</max></%s>" % (
                 tag, *(numbers(row) for row in pair), tag)
+        first = f' rigid_body="{reference}"' if reference else ""
+        springs = ""
+        if spring:
+            stiffness, damping, target = spring
+            springs = (f"\n          <spring><linear><stiffness>{stiffness:g}</stiffness><damping>{damping:g}</damping>"
+                       f"<target_value>{target:.5g}</target_value></linear></spring>")
         self.constraints.append(f"""      <rigid_constraint sid="{sid}" name="{sid}">
-        <ref_attachment rigid_body="{reference}"><translate>{numbers(reference_at)}</translate></ref_attachment>
+        <ref_attachment{first}><translate>{numbers(reference_at)}</translate></ref_attachment>
         <attachment rigid_body="{body}"><translate>{numbers(body_at)}</translate></attachment>
         <technique_common>
           <enabled>true</enabled>
-          <interpenetrate>false</interpenetrate>
-          <limits>{limits("swing_cone_and_twist", swing)}{limits("linear", linear)}</limits>
+          <interpenetrate>{"true" if interpenetrate else "false"}</interpenetrate>
+          <limits>{limits("swing_cone_and_twist", swing)}{limits("linear", linear)}</limits>{springs}
         </technique_common>
       </rigid_constraint>""")
         self.constraint_instances.append(f'        <instance_rigid_constraint constraint="{sid}"/>')

@@ -95,3 +95,52 @@ def sphere(mesh, materials, radius, sides=24, rings=12):
         material = materials[(i * 2 * len(materials) // sides) % len(materials)]
         for j in range(rings):
             mesh.quad(material, grid[i][j], grid[i + 1][j], grid[i + 1][j + 1], grid[i][j + 1])
+
+
+def beam(mesh, material, start, end, thickness):
+    """A bar of square section from one point to another."""
+    along = [b - a for a, b in zip(start, end)]
+    length = math.sqrt(sum(x * x for x in along))
+    along = [x / length for x in along]
+    aside = (0, 0, 1) if abs(along[2]) < 0.9 else (1, 0, 0)
+
+    def cross(a, b):
+        return [a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]]
+
+    u = cross(aside, along)
+    u = [x / math.sqrt(sum(y * y for y in u)) for x in u]
+    axes = [u, cross(along, u), along]
+    half = (thickness / 2, thickness / 2, length / 2)
+    middle = [(a + b) / 2 for a, b in zip(start, end)]
+    bar = Mesh()
+    box(bar, material, half)
+    offset = len(mesh.positions)
+
+    def turned(v):
+        return tuple(sum(v[k] * axes[k][i] for k in range(3)) for i in range(3))
+
+    mesh.positions += [tuple(m + x for m, x in zip(middle, turned(p))) for p in bar.positions]
+    mesh.normals += [turned(n) for n in bar.normals]
+    mesh.groups.setdefault(material, []).extend(
+        tuple(i + offset for i in triangle) for triangle in bar.groups[material])
+
+
+def link(mesh, material, length, width, wire, flat="x", around=20, sides=8):
+    """A link of a chain along Z, in the plane of Z and the axis `flat`; the sizes are those of its middle line."""
+    straight = length / 2 - width / 2
+    rows = []
+    for i in range(around + 1):
+        angle = 2 * math.pi * i / around
+        c, s = math.cos(angle), math.sin(angle)
+        centre = (width / 2 * c, width / 2 * s + math.copysign(straight, s if i not in (0, around) else 1))
+        row = []
+        for k in range(sides + 1):
+            turn = 2 * math.pi * k / sides
+            out, aside = wire * math.cos(turn), wire * math.sin(turn)
+            x, y, z = centre[0] + out * c, aside, centre[1] + out * s
+            n = (math.cos(turn) * c, math.sin(turn), math.cos(turn) * s)
+            row.append(mesh.vertex((x, y, z), n) if flat == "x" else mesh.vertex((y, x, z), (n[1], n[0], n[2])))
+        rows.append(row)
+    for first, second in zip(rows, rows[1:]):
+        for k in range(sides):
+            mesh.quad(material, first[k], second[k], second[k + 1], first[k + 1])

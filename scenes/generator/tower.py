@@ -4,7 +4,7 @@ import math
 import pathlib
 import random
 
-from agents import FIXED, MOVABLE, agent
+from agents import FIXED, MOVABLE, write
 from collada import Document
 from meshes import Mesh, box, sphere
 
@@ -67,20 +67,12 @@ def model():
 
 
 def agents():
-    """The agents come with the model's bodies; the document gives each the node that bears its name."""
-    children = "".join(agent(name, FIXED) for name in ("ground", "wall"))
-    children += "".join(agent(name, MOVABLE) for name in ["ball"] + [name for name, _, _ in bricks()])
-    return f"""<?xml version="1.0" encoding="utf-8"?>
-<!-- A tower of bricks that is knocked over by a ball. Made by scenes/generator/tower.py. -->
-<AgentNode name="tower_scene">
-  <Component class="VisualModelComponent" name="VisualModelComponent">
-    <field name="filePath" value="models/tower.dae"/>
-  </Component>
-{children}</AgentNode>
-"""
+    loose = ["ball", *(name for name, _, _ in bricks())]
+    return {"ground": FIXED, "wall": FIXED, **dict.fromkeys(loose, MOVABLE)}
 
 
 if __name__ == "__main__":
     scenes = pathlib.Path(__file__).resolve().parent.parent
     model().write(scenes / "models" / "tower.dae")
-    (scenes / "tower.xml").write_text(agents(), encoding="utf-8", newline="\n")
+    write(scenes / "tower.xml", "A tower of bricks that is knocked over by a ball. Made by scenes/generator/tower.py.",
+          "models/tower.dae", agents())

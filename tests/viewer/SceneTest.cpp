@@ -117,10 +117,10 @@ TEST_F(SceneTest, TheTruckStaysOnItsWheels) {
         ASSERT_NE(truck, nullptr);
         const gmtl::Vec<double, 3> place = truck->getPosition();
         EXPECT_NEAR(place[0], 0, 0.2);
-        EXPECT_NEAR(place[2], 0.68, 0.01) << "wheels of 0.45, and axles 0.23 below the middle of the body";
+        EXPECT_NEAR(place[2], 0.74, 0.01) << "wheels of 0.42, and axles 0.32 below the middle of the body";
         for (const char* wheel : {"wheel_front_left", "wheel_front_right", "wheel_rear_left", "wheel_rear_right"})
-            EXPECT_NEAR(scene.getRoot().getChild(wheel)->getPosition()[2], 0.45, 0.01) << wheel;
-        EXPECT_EQ(countShown(scene.getRoot()), 13);
+            EXPECT_NEAR(scene.getRoot().getChild(wheel)->getPosition()[2], 0.42, 0.01) << wheel;
+        EXPECT_EQ(countShown(scene.getRoot()), 17);
         expectRoundTrip(scene, "truck.xml");
     }
 }
