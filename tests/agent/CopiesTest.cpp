@@ -48,24 +48,17 @@ TEST(AgentCopy, OutlivesItsSourceEmpty) {
     auto source = std::make_unique<AgentNode>("source");
     listen(source->addChild("child"), journal);
     listen(source.get(), journal);
-    AgentNode copy(*source), second(copy);
-    second.addChild("own");
     AgentNode* const taken = source->addChild("taken");
     listen(taken, journal);
-    {
-        AgentNode third(*source);
-        third.addChild(taken); // from now on it owns what it has only seen
-        source->removeChild(taken);
-    }
-    EXPECT_EQ(take(journal), "taken.deleted");
-    RecordingComponent* const own = listen(&second, journal);
+    AgentNode copy(*source), second(copy);
+    second.addChild("own");
+    second.addChild(taken); // from now on it owns what it has only seen
     source.reset();
-    EXPECT_EQ(take(journal), "source.deleted child.deleted");
+    EXPECT_EQ(take(journal), "source.deleted child.deleted taken.deleted");
     EXPECT_EQ(childNames(copy) + childNames(second), "own");
-    EXPECT_THAT(componentsOf(second), ElementsAre(own));
+    EXPECT_EQ(componentsOf(second).size(), 0u);
     second.setPosition(vec(1, 0, 0)); // the transform is shared and lives on
-    EXPECT_EQ(copy.getPosition()[0], 1.0);
-    EXPECT_EQ(AgentNode::getAgentNode(copy.getOsgTransform()), nullptr);
+    EXPECT_TRUE(copy.getPosition()[0] == 1.0 && !AgentNode::getAgentNode(copy.getOsgTransform()));
 }
 
 TEST(AgentCopy, AssignmentLetsGoAndThenSees) {

@@ -182,8 +182,8 @@ TEST(InputDump, ShowsAllNamesAndWhatIsNotAtRest) {
 }
 
 TEST(Mouse, GoesOnWhileDisabledButForTheScrollingFlag) {
-    Input& input = *RecordingComponent().input();
-    EXPECT_EQ(&input, Input::instance());
+    EXPECT_EQ(RecordingComponent().input(), Input::instance());
+    OpenInput input;
     const auto expect = [&](int expectedX, int expectedY, double expectedDelta, bool scrolling) {
         int x = 0, y = 0;
         double delta = 0.0;

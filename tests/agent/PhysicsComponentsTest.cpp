@@ -79,29 +79,24 @@ TEST(MagicMove, MovesTheBodiesOfTheBranch) {
     EXPECT_THAT(root.getDynamicsBodies(), testing::UnorderedElementsAre(nullptr, body, deep, aside));
 }
 
-template <class Kind>
-std::string kindOf() {
+TEST(JointComponent, OwnsTheJointAndGivesItAsWhatItIs) {
     AgentNode root;
     auto* const component = static_cast<JointComponent*>(root.addChild("child")->addComponent("JointComponent"));
-    auto* const joint = new JointDouble<Kind>;
-    component->setJoint(new JointDouble<Kind>);
-    for (int i = 0; i < 2; ++i)
-        component->setJoint(joint); // the same one stays
-    EXPECT_EQ(JointDouble<Kind>::alive, 1);
-    EXPECT_THAT(root.getDynamicsJoints(), ElementsAre(joint));
-    std::string kind = component->getD6Joint() ? "six" : "";
-    kind += component->getRevoluteJoint() ? "revolute" : "";
-    kind += component->getPrismaticJoint() ? "prismatic" : "";
+    const auto kind = [&](dynamics::DynamicsJoint* joint) {
+        for (int i = 0; i < 2; ++i)
+            component->setJoint(joint); // the same one stays
+        EXPECT_THAT(root.getDynamicsJoints(), ElementsAre(joint));
+        std::string names = component->getD6Joint() ? "six" : "";
+        names += component->getRevoluteJoint() ? "revolute" : "";
+        return names += component->getPrismaticJoint() ? "prismatic" : "";
+    };
+    EXPECT_EQ(kind(new JointDouble<dynamics::DynamicsD6Joint>), "six");
+    EXPECT_EQ(kind(new JointDouble<dynamics::DynamicsRevoluteJoint>), "revolute");
+    EXPECT_EQ(kind(new JointDouble<dynamics::DynamicsPrismaticJoint>), "prismatic");
+    EXPECT_EQ(kind(new JointDouble<dynamics::DynamicsJoint>), "");
+    EXPECT_EQ(JointDouble<dynamics::DynamicsD6Joint>::alive, 0);
     component->setJoint(nullptr);
-    EXPECT_TRUE(JointDouble<Kind>::alive == 0 && !component->getD6Joint() && !component->getJoint());
-    return kind;
-}
-
-TEST(JointComponent, OwnsTheJointAndGivesItAsWhatItIs) {
-    EXPECT_EQ(kindOf<dynamics::DynamicsD6Joint>(), "six");
-    EXPECT_EQ(kindOf<dynamics::DynamicsRevoluteJoint>(), "revolute");
-    EXPECT_EQ(kindOf<dynamics::DynamicsPrismaticJoint>(), "prismatic");
-    EXPECT_EQ(kindOf<dynamics::DynamicsJoint>(), "");
+    EXPECT_TRUE(JointDouble<dynamics::DynamicsJoint>::alive == 0 && !component->getD6Joint());
 }
 
 } // namespace
