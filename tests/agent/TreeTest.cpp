@@ -27,6 +27,16 @@ TEST(AgentNode, SearchesStopAtTheFirst) {
     EXPECT_EQ(AgentNode::getAgentNode(osg::ref_ptr<osg::Transform>(new osg::MatrixTransform)), nullptr);
 }
 
+TEST(AgentNodeDeathTest, NoAgentStandsBelowItself) {
+    AgentNode root, second;
+    AgentNode* const child = root.addChild("child");
+    AgentNode* const deep = child->addChild("deep");
+    second.addChild(child);
+    for (AgentNode* const above : {&root, &second, child, deep})
+        EXPECT_DEBUG_DEATH(deep->addChild(above), "an agent cannot be its own descendant");
+    EXPECT_EQ(childNames(*deep), "");
+}
+
 TEST(AgentNode, TheDestructorTakesTheBranchDepthFirst) {
     Journal journal;
     osg::ref_ptr<osg::Group> scene = new osg::Group;
