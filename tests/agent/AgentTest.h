@@ -14,6 +14,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <locale>
 #include <memory>
 #include <string>
 #include <vector>
@@ -45,11 +46,18 @@ inline std::string take(Journal& journal) {
     return lines;
 }
 
-inline std::vector<std::string> childNames(const AgentNode& node) {
-    std::vector<std::string> names;
+/// What the journal holds after an event.
+inline std::string send(AgentNode& node, Journal& journal, AgentEvent::_AgentEventEnum event = AgentEvent::UPDATE) {
+    journal.clear();
+    node.sendEvent(event);
+    return take(journal);
+}
+
+inline std::string childNames(const AgentNode& node) {
+    Journal names;
     for (const AgentNode* const child : node.getChildren())
         names.push_back(child->getName());
-    return names;
+    return take(names);
 }
 
 /// The components themselves, in list order.
@@ -69,6 +77,43 @@ inline int entriesIn(AgentNode& node, const osg::Node* child) {
     for (unsigned i = 0; i < node.getOsgTransform()->getNumChildren(); ++i)
         entries += node.getOsgTransform()->getChild(i) == child;
     return entries;
+}
+
+/// As long as it lives, numbers are written in another way wherever the locale has its say.
+class DecimalCommas {
+public:
+    ~DecimalCommas() { std::locale::global(before); }
+
+private:
+    struct Numbers : std::numpunct<char> {
+        char do_decimal_point() const override { return ','; }
+        char do_thousands_sep() const override { return '.'; }
+        std::string do_grouping() const override { return "\3"; }
+    };
+    const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Numbers));
+};
+
+/// Makes the objects of the class "Recorder", which write into the journal once the test has prepared them.
+struct RecorderFactory final : SimObjectFactory {
+    SimObject* create() override {
+        auto* const made =
+            new RecordingComponent(&journal, {}, Events{AgentEvent::AGENT_CREATED, AgentEvent::AGENT_MODIFIED});
+        if (prepare)
+            prepare(*made);
+        return made;
+    }
+
+    Journal journal;
+    std::function<void(RecordingComponent&)> prepare;
+};
+
+/// Registers the factory and forgets what the test before has left in it.
+inline RecorderFactory& recorder() {
+    static RecorderFactory factory;
+    SimObjectDB::instance()->registerFactory(&factory, "Recorder");
+    factory.journal.clear();
+    factory.prepare = nullptr;
+    return factory;
 }
 
 } // namespace tessarin::agent

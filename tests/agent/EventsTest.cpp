@@ -1,221 +1,134 @@
-#include "AgentTest.h"
+#include <tests/agent/AgentTest.h>
 
 #include <agent/CollisionData.h>
 #include <agent/GeometryComponent.h>
-#include <agent/RigidBodyComponent.h>
-#include <agent/SceneGraphModifierComponent.h>
 
 #include <stdexcept>
 
 namespace tessarin::agent {
 namespace {
 
-TEST(AddComponent, GoesStepByStep) {
+TEST(Components, AreAttachedStepByStepAndFoundByName) {
     LogCapture log;
     Journal journal;
     AgentNode node("node");
     auto* const component = new RecordingComponent(&journal, {}, std::nullopt);
     component->osgNode = new osg::Node;
-    const auto state = [&](const char* step) {
-        component->actions[step] = [&, step] {
-            journal.push_back(std::string(step) + ": " + std::to_string(entriesIn(node, component->osgNode)) +
-                              std::to_string(componentsOf(node).size()) + std::to_string(log.take().size()));
+    for (const char* const step : {"setAgentNode", "getSupportedEvents", "attached"})
+        component->actions[step] = [&] {
+            journal.back() += "(" + std::to_string(entriesIn(node, component->osgNode)) +
+                              std::to_string(componentsOf(node).size()) + std::to_string(log.take().size()) + ")";
         };
-    };
-    state("setAgentNode");
-    state("getSupportedEvents");
-    state("attached");
     EXPECT_EQ(node.addComponent(component), component);
-    EXPECT_THAT(journal, ElementsAre("setAgentNode", "setAgentNode: 000", "getSupportedEvents",
-                                     "getSupportedEvents: 110", "attached", "attached: 111"));
-    EXPECT_EQ(component->getAgentNode(), &node);
-
+    EXPECT_EQ(take(journal), "setAgentNode(000) getSupportedEvents(110) attached(111)");
     component->actions.clear();
-    journal.clear();
     node.removeComponent(component);
-    EXPECT_THAT(journal, ElementsAre("setAgentNode null"));
+    EXPECT_EQ(take(journal), "setAgentNode null");
     EXPECT_EQ(entriesIn(node, component->osgNode), 0);
-    node.sendEvent(AgentEvent::UPDATE);
-    EXPECT_THAT(journal, ElementsAre("setAgentNode null"));
-    EXPECT_EQ(component->getAgentNode(), nullptr);
+    EXPECT_EQ(send(node, journal), "");
     node.addComponent(component); // and it can come back
-    node.sendEvent(AgentEvent::UPDATE);
-    EXPECT_EQ(journal.back(), "update");
-    EXPECT_EQ(node.addComponent(static_cast<Component*>(nullptr)), nullptr);
-    EXPECT_EQ(componentsOf(node).size(), 1u);
+    EXPECT_EQ(send(node, journal), "update");
+
+    Component* const joint = node.getOrAddComponent("JointComponent");
+    Component* const named = node.getOrAddComponent("RigidBodyComponent", "hinge");
+    EXPECT_TRUE(node.getOrAddComponent("JointComponent") == joint && node.getComponent("hinge") == named);
+    EXPECT_TRUE(node.getOrAddComponent("GeometryComponent", "hinge") == named && !node.getComponent("Hinge"));
+    EXPECT_THAT(componentsOf(node), ElementsAre(component, joint, named));
 }
 
-TEST(AddComponent, WhoLeavesTheEventsOpenHearsAllOfThem) {
+TEST(SendEvent, ReachesWhoAskedForItDepthFirst) {
     LogCapture log;
     Journal journal;
-    AgentNode node;
-    listen(&node, journal, std::nullopt);
+    AgentNode root("root"), open, choosy;
+    AgentNode* const a = root.addChild("a");
+    for (AgentNode* const node : {&root, a, a->addChild("a1"), root.addChild("b"), a})
+        listen(node, journal);
+    EXPECT_EQ(send(root, journal), "root.update a.update a.update a1.update b.update");
+    EXPECT_EQ(send(*a, journal), "a.update a.update a1.update");
+
+    listen(&choosy, journal, Events{AgentEvent::MOUSE_OVER, AgentEvent::RESERVED, AgentEvent::MOUSE_OVER});
+    EXPECT_EQ(send(choosy, journal, AgentEvent::RESERVED), "");
+    EXPECT_EQ(send(choosy, journal, AgentEvent::MOUSE_OVER), "mouseOver mouseOver");
+    EXPECT_THAT(log.take(), IsEmpty());
+    listen(&open, journal, std::nullopt);
     EXPECT_THAT(log.take(), ElementsAre("600 Component RecordingComponent does not implement getSupportedEvents."));
     for (int event = 0; event < AgentEvent::COUNT; ++event)
-        node.sendEvent(static_cast<AgentEvent::_AgentEventEnum>(event));
-    EXPECT_THAT(journal, ElementsAre("prePhysicsUpdate", "prePhysicsTick", "postPhysicsTick", "postPhysicsUpdate",
-                                     "update", "postUpdate", "mousePress", "mouseRelease", "mouseDrag", "mouseEnter",
-                                     "mouseOver", "mouseExit", "windowResize", "onAgentCreated", "onAgentModified"));
-    journal.clear();
-    listen(&node, journal, Events{});
-    listen(&node, journal, Events{AgentEvent::MOUSE_OVER, AgentEvent::RESERVED, AgentEvent::MOUSE_OVER});
-    EXPECT_THAT(log.take(), IsEmpty());
-    node.sendEvent(AgentEvent::RESERVED);
-    node.sendEvent(AgentEvent::MOUSE_OVER);
-    EXPECT_THAT(journal, ElementsAre("mouseOver", "mouseOver", "mouseOver"));
-
-    node.addComponent("SceneGraphModifierComponent");
-    EXPECT_THAT(log.take(),
-                ElementsAre("600 Component SceneGraphModifierComponent does not implement getSupportedEvents."));
+        open.sendEvent(static_cast<AgentEvent::_AgentEventEnum>(event));
+    EXPECT_EQ(take(journal), "prePhysicsUpdate prePhysicsTick postPhysicsTick postPhysicsUpdate update postUpdate "
+                             "mousePress mouseRelease mouseDrag mouseEnter mouseOver mouseExit windowResize "
+                             "onAgentCreated onAgentModified");
 }
 
-TEST(AddComponent, ByNameFindsOrMakes) {
-    AgentNode node;
-    Component* const body = node.getOrAddComponent("RigidBodyComponent");
-    EXPECT_EQ(node.getOrAddComponent("RigidBodyComponent"), body);
-    EXPECT_EQ(body->getName(), "RigidBodyComponent");
-    Component* const named = node.getOrAddComponent("JointComponent", "hinge");
-    EXPECT_STREQ(named->getClassName(), "JointComponent");
-    EXPECT_EQ(named->getName(), "hinge");
-    EXPECT_EQ(node.getOrAddComponent("GeometryComponent", "hinge"), named);
-    EXPECT_EQ(node.getOrAddComponent("hinge"), named);
-    EXPECT_EQ(node.getComponent("JointComponent"), nullptr);
-    EXPECT_THAT(componentsOf(node), ElementsAre(body, named));
-}
-
-TEST(SendEvent, RunsDepthFirstFromItsAgentDown) {
-    Journal journal;
-    AgentNode root("root");
-    AgentNode* const a = root.addChild("a");
-    for (AgentNode* const node : {&root, a, a->addChild("a1"), root.addChild("b")})
-        for (int i = 0; i < 2; ++i)
-            listen(node, journal);
-    root.sendEvent(AgentEvent::UPDATE);
-    EXPECT_THAT(journal, ElementsAre("root.update", "root.update", "a.update", "a.update", "a1.update", "a1.update",
-                                     "b.update", "b.update"));
-    journal.clear();
-    a->sendEvent(AgentEvent::UPDATE);
-    EXPECT_THAT(journal, ElementsAre("a.update", "a.update", "a1.update", "a1.update"));
-}
-
-TEST(SendEvent, AMarkedChildHearsTheEventAndGoesAfterItsSiblings) {
-    Journal journal;
-    AgentNode root("root");
-    RecordingComponent* const first = listen(root.addChild("a"), journal);
-    listen(root.addChild("b"), journal);
-    first->actions["update"] = [&] { first->getAgentNode()->markForRemoval(); };
-    root.sendEvent(AgentEvent::UPDATE);
-    EXPECT_THAT(journal, ElementsAre("a.update", "b.update", "a.deleted"));
-}
-
-TEST(Attachment, TwiceIsHeardTwiceAndRemovedAtOnce) {
-    Journal journal;
-    AgentNode root("root");
-    AgentNode other("other");
-    const auto component = std::make_unique<RecordingComponent>(&journal);
-    component->osgNode = new osg::Node;
-    root.addComponent(component.get());
-    root.addComponent(component.get());
-    other.addComponent(component.get());
-    EXPECT_EQ(componentsOf(root).size(), 2u);
-    journal.clear();
-    root.sendEvent(AgentEvent::UPDATE);
-    EXPECT_THAT(journal, ElementsAre("update", "update"));
-    root.removeComponent(component.get());
-    EXPECT_THAT(componentsOf(root), IsEmpty());
-    EXPECT_EQ(entriesIn(root, component->osgNode), 0);
-    other.removeComponent(component.get());
-    journal.clear();
-    other.sendEvent(AgentEvent::UPDATE);
-    root.sendEvent(AgentEvent::UPDATE);
-    EXPECT_THAT(journal, IsEmpty());
-}
-
-TEST(Attachment, OnTwoAgentsIsDeletedOnce) {
-    const auto before = RecordingComponent::alive;
+TEST(Attachment, TwiceIsHeardTwiceRemovedAtOnceAndDeletedOnce) {
+    const int before = RecordingComponent::alive;
     Journal journal;
     AgentNode root("root");
     {
         AgentNode other("other");
         RecordingComponent* const shared = listen(&other, journal);
         shared->osgNode = new osg::Node;
-        root.addComponent(shared);
-        root.addComponent(shared);
-        EXPECT_EQ(root.getOsgTransform()->getNumChildren(), 2u);
+        for (const bool removed : {true, false}) {
+            root.addComponent(shared);
+            root.addComponent(shared);
+            EXPECT_EQ(send(root, journal), "other.update other.update");
+            EXPECT_EQ(entriesIn(root, shared->osgNode), 2);
+            if (removed)
+                root.removeComponent(shared);
+        }
     }
     EXPECT_EQ(RecordingComponent::alive, before);
-    EXPECT_THAT(componentsOf(root), IsEmpty());
-    EXPECT_EQ(root.getOsgTransform()->getNumChildren(), 0u);
-    journal.clear();
-    root.sendEvent(AgentEvent::UPDATE);
-    EXPECT_THAT(journal, IsEmpty());
+    EXPECT_EQ(componentsOf(root).size() + root.getOsgTransform()->getNumChildren(), 0u);
+    EXPECT_EQ(send(root, journal), "");
 }
 
 // Two geometries of one agent both take the whole model where it has no node of the agent's name.
-TEST(Attachment, ComponentsThatShareASceneNodeLoseOnlyTheirOwnEntry) {
+TEST(Attachment, GeometriesKeepTheirEntriesAlsoOfASharedNode) {
     AgentNode node;
-    const osg::ref_ptr<osg::Node> shared = new osg::Node;
-    auto* const first = new GeometryComponent(shared);
-    auto* const second = new GeometryComponent(shared);
-    node.addComponent(first);
-    node.addComponent(second);
-    EXPECT_EQ(entriesIn(node, shared), 2);
+    const osg::ref_ptr<osg::Node> shared = new osg::Node, other = new osg::Node;
+    const auto first = std::make_unique<GeometryComponent>(shared);
+    node.addComponent(first.get());
+    node.addComponent(new GeometryComponent(shared));
     first->setOsgNode(shared);
     EXPECT_EQ(entriesIn(node, shared), 2);
+    first->setOsgNode(other);
+    EXPECT_TRUE(entriesIn(node, shared) == 1 && entriesIn(node, other) == 1);
     first->setOsgNode(nullptr);
+    EXPECT_EQ(entriesIn(node, other), 0);
+    *first = GeometryComponent(shared); // an assignment shows the new node as well
+    EXPECT_EQ(entriesIn(node, shared), 2);
+    node.removeComponent(first.get());
     EXPECT_EQ(entriesIn(node, shared), 1);
-    first->setOsgNode(shared);
-    node.removeComponent(first);
-    delete first;
-    EXPECT_EQ(entriesIn(node, shared), 1);
-}
-
-TEST(OnCollision, ReachesEveryComponentOfTheAgentAlone) {
-    LogCapture log;
-    Journal journal;
-    AgentNode root("root");
-    RecordingComponent* const first = listen(&root, journal, Events{});
-    RecordingComponent* const second = listen(&root, journal, Events{});
-    listen(&root, journal);
-    listen(root.addChild("child"), journal);
-    CollisionData collision;
-    root.onCollision(collision);
-    EXPECT_THAT(journal, ElementsAre("root.onCollision", "root.onCollision", "root.onCollision"));
-    journal.clear();
-    first->actions["onCollision"] = [&] {
-        root.removeComponent(second);
-        delete second;
-        throw std::runtime_error("ouch");
-    };
-    root.onCollision(collision);
-    EXPECT_THAT(journal, ElementsAre("root.onCollision", "root.setAgentNode null", "root.deleted", "root.onCollision"));
+    first->setOsgNode(other); // on no agent: only stored
+    EXPECT_EQ(other->getNumParents(), 0u);
 }
 
 TEST(Hooks, WhatTheyThrowIsLoggedAndStopsNobody) {
     LogCapture log;
     Journal journal;
     AgentNode root("root");
+    AgentNode* const a = root.addChild("a");
     RecordingComponent* const first = listen(&root, journal);
-    RecordingComponent* const second = listen(root.addChild("a"), journal);
-    listen(root.addChild("b"), journal);
-    first->actions["update"] = [] { throw std::runtime_error("no such wheel"); };
-    second->actions["update"] = [&] {
-        second->getAgentNode()->markForRemoval();
+    listen(a, journal)->actions["update"] = [&] {
+        a->markForRemoval();
         throw 5;
     };
-    root.sendEvent(AgentEvent::UPDATE);
-    EXPECT_THAT(journal, ElementsAre("root.update", "a.update", "b.update", "a.deleted"));
-    EXPECT_THAT(log.takeErrors(), ElementsAre("The hook update let out an exception: no such wheel",
-                                              "The hook update let out an exception"));
+    listen(root.addChild("b"), journal);
+    for (const char* const hook : {"update", "onCollision"})
+        first->actions[hook] = [] { throw std::runtime_error("no such wheel"); };
+    listen(&root, journal, Events{})->actions["onCollision"] = [&] { root.removeComponent(first); };
+    EXPECT_EQ(send(root, journal), "root.update a.update b.update a.deleted")
+        << "b hears, and the marked one goes last";
+    const std::unique_ptr<Component> removed(first);
+    CollisionData collision;
+    root.onCollision(collision);
+    EXPECT_EQ(take(journal), "root.onCollision root.onCollision root.setAgentNode null") << "the agent alone hears";
     auto* const third = new RecordingComponent;
     third->actions["attached"] = [] { throw std::runtime_error("not here"); };
     EXPECT_EQ(root.addComponent(third), third);
-    EXPECT_THAT(log.takeErrors(), ElementsAre("The hook attached let out an exception: not here"));
-    root.sendEvent(AgentEvent::MOUSE_DRAG); // nothing is left in the state of an event
-    AgentNode* const marked = root.addChild("marked");
-    marked->markForRemoval();
-    root.sendEvent(AgentEvent::MOUSE_DRAG);
-    EXPECT_EQ(root.getChild("marked"), nullptr);
+    EXPECT_THAT(log.takeErrors(), ElementsAre("The hook update let out an exception: no such wheel",
+                                              "The hook update let out an exception",
+                                              "The hook onCollision let out an exception: no such wheel",
+                                              "The hook attached let out an exception: not here"));
 }
 
 } // namespace

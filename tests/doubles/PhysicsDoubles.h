@@ -10,70 +10,64 @@
 #include <gmtl/Generate.h>
 
 #include <functional>
+#include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace tessarin::doubles {
 
-/// A body that stays where it is put and notes what is asked of it.
+/// A body that stays where it is put and notes what is asked of it, as "setPosition(1,2,3)".
 class BodyDouble : public dynamics::DynamicsBody, public Counted<BodyDouble> {
 public:
     using Matrix = gmtl::Matrix<double, 4, 4>;
 
-    explicit BodyDouble(std::string newName = "body", bool isActiveAtFirst = true)
-        : active(isActiveAtFirst), name(std::move(newName)) {}
+    explicit BodyDouble(const std::string& newName = "body") : name(newName) {}
 
     const std::string& getName() override { return name; }
     void setUserData(dynamics::DynamicsUserData* data) override { userData = data; }
     void getMatrix(Matrix& matrix) override {
-        calls.emplace_back("getMatrix");
+        note("getMatrix");
         matrix = pose;
     }
     void setMatrix(const Matrix& matrix) override {
-        calls.emplace_back("setMatrix");
+        note("setMatrix");
         pose = matrix;
     }
-    void setLinearVelocity(const gmtl::Vec<float, 3>& velocity) override {
-        calls.emplace_back("setLinearVelocity");
-        speed = velocity;
-    }
-    void setAngularVelocity(const gmtl::Vec<float, 3>& velocity) override {
-        calls.emplace_back("setAngularVelocity");
-        spin = velocity;
-    }
     void setPosition(const gmtl::Vec<double, 3>& position) override {
-        calls.emplace_back("setPosition");
+        note("setPosition", position.getData(), 3);
         gmtl::setTrans(pose, position);
     }
-    void setRotation(const gmtl::Quat<double>& newRotation) override {
-        calls.emplace_back("setRotation");
-        rotation = newRotation;
-    }
+    void setLinearVelocity(const gmtl::Vec<float, 3>& speed) override { note("setLinearVelocity", speed.getData(), 3); }
+    void setAngularVelocity(const gmtl::Vec<float, 3>& spin) override { note("setAngularVelocity", spin.getData(), 3); }
+    void setRotation(const gmtl::Quat<double>& rotation) override { note("setRotation", rotation.getData(), 4); }
     bool isActive() override { return active; }
-    void prepareMove() override { calls.emplace_back("prepareMove"); }
+    void prepareMove() override { note("prepareMove"); }
 
-    bool active;
+    bool active = true;
     Matrix pose;
-    gmtl::Quat<double> rotation;
-    gmtl::Vec<float, 3> speed{1.0f, 2.0f, 3.0f};
-    gmtl::Vec<float, 3> spin{4.0f, 5.0f, 6.0f};
     dynamics::DynamicsUserData* userData = nullptr;
     std::vector<std::string> calls;
 
 private:
+    template <class Number = double>
+    void note(const char* call, const Number* numbers = nullptr, int count = 0) {
+        std::ostringstream text;
+        text << call;
+        for (int i = 0; i < count; ++i)
+            text << (i == 0 ? '(' : ',') << numbers[i];
+        calls.push_back(text.str() + (count > 0 ? ")" : ""));
+    }
+
     std::string name;
 };
 
 template <class Kind>
-class JointDouble : public Kind, public Counted<JointDouble<Kind>> {
-public:
+struct JointDouble : Kind, Counted<JointDouble<Kind>> {
     explicit JointDouble(const std::string& newName = "joint") { this->name = newName; }
 };
 
 /// A world in which a file holds what the test says.
-class WorldDouble : public dynamics::DynamicsWorld {
-public:
+struct WorldDouble : dynamics::DynamicsWorld {
     void loadScene(const std::string& filePath, const gmtl::Matrix<double, 4, 4>& placement,
                    dynamics::DynamicsBodyFunctor& functor) override {
         paths.push_back(filePath);

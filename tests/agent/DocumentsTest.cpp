@@ -1,0 +1,228 @@
+#include <tests/agent/AgentTest.h>
+
+#include <agent/GeometryComponent.h>
+#include <agent/RigidBodyComponent.h>
+#include <agent/VisualModelComponent.h>
+#include <tests/doubles/ModelLoaderDouble.h>
+#include <tests/doubles/PhysicsDoubles.h>
+#include <xml_parser/XMLNode.h>
+
+#include <osg/MatrixTransform>
+
+#include <sstream>
+
+namespace tessarin::agent {
+namespace {
+
+std::string agent(const std::string& content, const std::string& name = {}) {
+    return "<AgentNode name='" + name + "'>" + content + "</AgentNode>";
+}
+
+std::string component(const std::string& className, const std::string& name = {}, const std::string& fields = {}) {
+    return "<Component class='" + className + "' name='" + name + "'>" + fields + "</Component>";
+}
+
+std::string pose(const std::string& translate, const std::string& rotate = "0 0 0 1") {
+    return "<Transform><Translate>" + translate + "</Translate><Rotate>" + rotate + "</Rotate></Transform>";
+}
+
+std::string componentNames(AgentNode& node) {
+    Journal names;
+    for (const Component* const held : componentsOf(node))
+        names.push_back(held->getName());
+    return take(names);
+}
+
+const std::string steps = "setAgentNode getSupportedEvents attached initialize ";
+
+TEST(CreateFromXml, BuildsTheBranchAndLogsEachStep) {
+    LogCapture log;
+    const Owned made(AgentNode::createFromXmlString(R"(<AgentNode name="truck" colour="red">
+        ignored text <Other><Component class="JointComponent"/></Other><Component class="Unknown"/>
+        <Component class="JointComponent"><name>ignored</name></Component>
+        <Component class="VisualModelComponent" name="model">
+            <field name="filePath" value=" a b "/><field name="nothing" value="x"/><field value="y"/>
+        </Component>
+        <AgentNode name="wheel"><AgentNode/></AgentNode><AgentNode name="wheel"/></AgentNode>)"));
+    ASSERT_NE(made, nullptr);
+    Journal lines = log.take();
+    EXPECT_EQ(take(lines), "600 Creating AgentNode(truck) 600 Creating Component Unknown "
+                           "300 Error creating component Unknown from xml "
+                           "300 AgentNode truck could not add a component from XML "
+                           "600 Creating Component JointComponent 600 Creating Component VisualModelComponent "
+                           "600 Component(VisualModelComponent).filePath= a b  "
+                           "600 Component(VisualModelComponent).nothing=x 600 Component(VisualModelComponent).=y "
+                           "300 No model loader is set to load  a b  600 Creating AgentNode(wheel) "
+                           "600 Creating AgentNode() 600 Creating AgentNode(wheel)");
+    EXPECT_EQ(made->getName() + ' ' + childNames(*made), "truck wheel wheel");
+    EXPECT_EQ(made->getChild("wheel")->getChildren().size(), 1u);
+    EXPECT_EQ(componentNames(*made) + made->getComponent("model")->getAsString("filePath"),
+              "JointComponent model a b ");
+    for (const char* const text :
+         {"", "no document", "<agentnode/>", "<Component class='JointComponent'/>", "<AgentNode><AgentNode/>"})
+        EXPECT_EQ(AgentNode::createFromXmlString(text), nullptr) << text;
+    EXPECT_EQ(AgentNode::createFromXml(static_cast<xml_parser::XMLNode*>(nullptr)), nullptr);
+    EXPECT_EQ(AgentNode::createComponentFromXml(nullptr), nullptr);
+}
+
+// A component of that name, whatever its class, hands the element over to a modification.
+TEST(CreateFromXml, TellsTheBranchLastAndIsHandedOverBehindTheVisualModelComponent) {
+    Journal& journal = recorder().journal;
+    const Owned made(
+        AgentNode::createFromXmlString(agent(pose("1 2 3") + agent(component("Recorder")) + component("Recorder"))));
+    EXPECT_EQ(take(journal), steps + steps + "onAgentCreated onAgentCreated");
+    EXPECT_TRUE(made->getPosition() == vec(0, 0, 0)) << "creation reads no transform";
+
+    const Owned handed(AgentNode::createFromXmlString(agent(
+        agent(pose("1 0 0"), "early") + component("JointComponent") + component("Recorder", "VisualModelComponent") +
+        component("JointComponent", "late") + agent(pose("2 0 0") + component("Recorder"), "late") + pose("3 0 0"))));
+    EXPECT_EQ(take(journal),
+              steps + steps + "onAgentCreated onAgentModified onAgentModified onAgentCreated onAgentCreated");
+    EXPECT_EQ(handed->getPosition()[0], 3.0);
+    EXPECT_EQ(handed->getChild("early")->getPosition()[0], 1.0) << "was there when the modification came";
+    EXPECT_EQ(handed->getChild("late")->getPosition()[0], 0.0) << "was made by it";
+    EXPECT_EQ(componentNames(*handed), "JointComponent VisualModelComponent JointComponent late")
+        << "one without a name attribute is made again";
+}
+
+TEST(ModifyWithXml, MatchesByNameAndMakesWhatIsMissing) {
+    LogCapture log;
+    Journal journal;
+    AgentNode node("old");
+    AgentNode* const child = node.addChild("child");
+    AgentNode* const unnamed = node.addChild("");
+    AgentNode* parent = &node;
+    node.addComponent("VisualModelComponent");
+    listen(child, journal, Events{AgentEvent::AGENT_MODIFIED, AgentEvent::AGENT_CREATED});
+    recorder().prepare = [&](RecordingComponent& made) {
+        made.actions["onAgentCreated"] = [&] { parent = made.getAgentNode()->getParent(); };
+    };
+    const std::string patch = agent(
+        agent(agent("", "below"), "child") + agent("") + agent(pose("1 2 3") + component("Recorder", "r"), "added") +
+            component("Unknown", "VisualModelComponent", "<field name='filePath' value='m'/>") +
+            component("JointComponent", "j") + component("Unknown", "u"),
+        "new");
+    for (const double x : {0.0, 1.0}) { // a new child's transform stays unread
+        node.modifyWithXml(patch);
+        EXPECT_EQ(node.getName() + ' ' + childNames(node) + ' ' + childNames(*child), "new child  added below");
+        EXPECT_TRUE(node.getChild("") == unnamed && node.getChild("added")->getPosition()[0] == x);
+        EXPECT_EQ(componentNames(node), "VisualModelComponent j");
+        EXPECT_EQ(node.getComponent("VisualModelComponent")->getAsString("filePath"), "m");
+        EXPECT_EQ(take(journal), "child.onAgentModified");
+        EXPECT_THAT(log.takeErrors(), ElementsAre("Error creating component Unknown from xml",
+                                                  "AgentNode u could not add a component from XML"))
+            << "and no model was loaded, for which a loader is missing";
+    }
+    EXPECT_EQ(parent, nullptr) << "a new child hears of its creation before it has a parent";
+    node.modifyWithXml(agent(component("JointComponent") + component("JointComponent")));
+    EXPECT_EQ(componentNames(node), "VisualModelComponent j JointComponent JointComponent");
+    journal.clear();
+    node.modifyWithXml("<AgentNode>");
+    node.modifyWithXml(static_cast<xml_parser::XMLNode*>(nullptr));
+    EXPECT_EQ(take(journal), "") << "what is no document says nothing";
+    std::istringstream stream("<Other name='x'>" + component("JointComponent") + "</Other>");
+    node.modifyWithXml(stream);
+    EXPECT_EQ(node.getName() + ' ' + take(journal), "new child.onAgentModified");
+}
+
+TEST(ModifyWithXml, ReadsNumbersThatAreCutAtBlanksAlone) {
+    const DecimalCommas locale;
+    LogCapture log;
+    for (const auto& [text, expected] : std::initializer_list<std::pair<const char*, gmtl::Vec<double, 3>>>{
+             {"1  2   3", {1, 2, 3}},
+             {"  -1.5 +2e1 .25 ", {-1.5, 20, 0.25}},
+             {"1 2 3 4 x", {1, 2, 3}},
+             {"1m 2,5 3.5.6", {1, 2, 3.5}},
+             {"\t1 \n2 \n3\n", {1, 2, 3}},
+             {"1\n5 2 3", {1, 2, 3}},
+             {"1e-999 0x10 1e", {0, 0, 1}},
+             {"1.7976931348623157e308 1 1", {1.7976931348623157e308, 1, 1}}}) {
+        AgentNode node;
+        node.modifyWithXml(agent(pose(text)));
+        EXPECT_TRUE(node.getPosition() == expected) << text;
+    }
+    EXPECT_THAT(log.takeErrors(), IsEmpty());
+    AgentNode node("node");
+    const std::string error = "AgentNode node could not read its Transform from XML: ";
+    for (const char* const text : {"1 2", "1\n2\n3", "", "1 x 3", "1 - 3", "1 nan 3", "1 inf 3", "1 1e999 3"}) {
+        node.modifyWithXml(agent(pose(text)));
+        EXPECT_THAT(log.takeErrors(), ElementsAre(error + "Translate needs 3 numbers")) << text;
+    }
+    node.modifyWithXml(agent(pose("1 2 3", "0 0 1")));
+    node.modifyWithXml(agent("<Transform><Translate>1 2 3</Translate></Transform>"));
+    EXPECT_EQ(log.takeErrors(), Journal(2, error + "Rotate needs 4 numbers"));
+    EXPECT_TRUE(node.getPosition() == vec(0, 0, 0));
+    node.modifyWithXml(agent(pose("1 2 3", "0.5 1 1.5 2"))); // the quaternion is taken as it stands
+    gmtl::Matrix<double, 4, 4> expected;
+    expected.set(-5.5, -5, 5.5, 1, 7, -4, 1, 2, -2.5, 5, -1.5, 3, 0, 0, 0, 1);
+    EXPECT_TRUE(node.getMatrix() == expected);
+}
+
+TEST(GeometryStep, TiesGeometryToTheModelsNodeOfTheAgentsName) {
+    LogCapture log;
+    doubles::ModelLoaderDouble loader;
+    const osg::ref_ptr<osg::MatrixTransform> wheel = new osg::MatrixTransform, model = new osg::MatrixTransform;
+    wheel->setName("wheel");
+    model->addChild(wheel);
+    loader.models["m"] = model;
+    AgentNode root("root");
+    Component* const visualModel = root.addComponent("VisualModelComponent")->setValue("filePath", "m");
+    root.addChild("wheel");
+    const auto nodeOf = [&](const std::string& name) { return root.getChild(name)->getComponent("g")->getOsgNode(); };
+    const std::string element = component("GeometryComponent", "g");
+    root.modifyWithXml(agent(agent(element + agent("", "skipped"), "wheel") + agent("", "other")));
+    EXPECT_EQ(childNames(*root.getChild("wheel")), "") << "an empty model ends the pass";
+    EXPECT_EQ(childNames(root), "wheel other") << "but not the one around it";
+
+    visualModel->initialize();
+    for (int i = 0; i < 2; ++i) { // each time that a document names it
+        wheel->setMatrix(osg::Matrix::translate(1, 2, 3));
+        root.modifyWithXml(
+            agent(agent(element, "wheel") + agent(element, "other") + (i == 0 ? agent(element, "made") : "")));
+        EXPECT_TRUE(nodeOf("wheel") == wheel && nodeOf("other") == model && wheel->getMatrix().isIdentity());
+        EXPECT_EQ(entriesIn(*root.getChild("wheel"), wheel) + entriesIn(*root.getChild("other"), model), 2);
+        EXPECT_EQ(nodeOf("made"), nullptr) << "creation has no geometry step";
+    }
+    EXPECT_EQ(wheel->getParent(0), model) << "it stays in the model as well";
+    EXPECT_THAT(log.takeErrors(), IsEmpty());
+
+    AgentNode alone("alone");
+    const Owned child(alone.addChild("child"));
+    child->addComponent(new GeometryComponent(wheel))->setName("g");
+    alone.modifyWithXml(agent(agent(element, "child") + agent("", "next")));
+    EXPECT_EQ(child->getComponent("g")->getOsgNode(), wheel) << "without a visual model it keeps what it has";
+    EXPECT_EQ(childNames(alone), "child next");
+    // Agents taken out go on naming their parents, so the way up can be a circle.
+    alone.removeChild(child.get());
+    child->addChild(&alone);
+    alone.modifyWithXml(agent(element));
+    EXPECT_EQ(log.takeErrors(),
+              Journal(2, "Failed to find VisualModelComponent thats corresponds to GeometryComponent"));
+    child->removeChild(&alone);
+}
+
+TEST(RigidBodyStep, PutsTheBodyWhereTheTransformSays) {
+    LogCapture log;
+    AgentNode node("node");
+    auto* const held = new RigidBodyComponent;
+    auto* const body = new doubles::BodyDouble;
+    node.addComponent(held)->setName("RigidBodyComponent");
+    const std::string element = component("RigidBodyComponent", "RigidBodyComponent");
+    node.modifyWithXml(agent(element)); // without a body
+    held->setBody(body);
+    node.modifyWithXml(agent(pose("1 2 3", "0 0 1 0") + element));
+    EXPECT_EQ(take(body->calls), "setMatrix setPosition(1,2,3) setRotation(0,0,1,0)");
+    EXPECT_TRUE(body->pose == node.getMatrix());
+    node.modifyWithXml(agent(element));
+    EXPECT_EQ(take(body->calls), "setMatrix setPosition(0,0,0) setRotation(0,0,0,1)") << "no Transform: the origin";
+    EXPECT_TRUE(node.getPosition() == vec(1, 2, 3)) << "and the agent stays";
+    node.modifyWithXml(agent(pose("x") + element));
+    held->setName("body");
+    node.modifyWithXml(agent(pose("4 5 6") + component("RigidBodyComponent", "body")));
+    node.addComponent("JointComponent")->setName("RigidBodyComponent");
+    node.modifyWithXml(agent(pose("1 1 1") + element));
+    EXPECT_EQ(take(body->calls), "") << "an unreadable Transform, another name, another class move nothing";
+}
+
+} // namespace
+} // namespace tessarin::agent
