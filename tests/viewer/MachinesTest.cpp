@@ -16,6 +16,7 @@
 #include <cmath>
 #include <initializer_list>
 #include <set>
+#include <utility>
 
 namespace tessarin::viewer {
 
@@ -35,7 +36,7 @@ public:
     explicit Machine(const std::string& name) : scene(scenes / name), loop(scene) {
         for (const char* input : {"drive", "steer", "brake", "lift"}) {
             agent::VirtualInput& bound = Input::instance()->getVirtualInput(input);
-            before.push_back(bound);
+            before.emplace_back(input, bound);
             bound.name = input;
             bound.axis = -1;
             bound.pos = bound.name + "+";
@@ -44,8 +45,8 @@ public:
     }
 
     ~Machine() {
-        for (const agent::VirtualInput& bound : before)
-            Input::instance()->getVirtualInput(bound.name) = bound;
+        for (const auto& [name, bound] : before)
+            Input::instance()->getVirtualInput(name) = bound;
     }
 
     AgentNode& root() { return scene.getRoot(); }
@@ -118,7 +119,7 @@ public:
     FrameLoop loop;
 
 private:
-    std::vector<agent::VirtualInput> before;
+    std::vector<std::pair<std::string, agent::VirtualInput>> before;
 };
 
 class MachinesTest : public ViewerTest {};
