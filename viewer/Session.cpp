@@ -37,6 +37,12 @@ std::string describeInput() {
     return text;
 }
 
+osg::Vec3d placeOf(agent::AgentNode& agent) {
+    const osg::ref_ptr<osg::Transform> transform = agent.getOsgTransform();
+    const osg::MatrixList matrices = transform ? transform->getWorldMatrices() : osg::MatrixList();
+    return matrices.empty() ? osg::Vec3d() : matrices.front().getTrans();
+}
+
 bool isCommanded(const char* command) {
     return Input::instance()->wasButtonPressed(command);
 }
@@ -83,6 +89,7 @@ void Session::frame(double seconds) {
     else if (!paused)
         loop.frame(seconds);
     isStepDue = false;
+    follow();
     messageSeconds -= seconds;
     fitTexts();
     showTexts(seconds);
@@ -110,6 +117,8 @@ void Session::obeyCommands() {
         reload();
     if (isCommanded("home"))
         window.goHome();
+    if (isCommanded("follow"))
+        startOrStopFollowing();
     if (isCommanded("show input"))
         showsInput = !showsInput;
     if (isCommanded("show agent"))
@@ -144,6 +153,21 @@ void Session::applyWatched() {
 void Session::tell(const std::string& text) {
     message = text;
     messageSeconds = messageTime;
+}
+
+void Session::startOrStopFollowing() {
+    followed = followed ? nullptr : Hand::instance().getSelected();
+    if (followed)
+        followedPlace = placeOf(*followed);
+}
+
+void Session::follow() {
+    if (!followed)
+        return;
+    const osg::Vec3d place = placeOf(*followed);
+    if (place != followedPlace)
+        window.shiftView(place - followedPlace);
+    followedPlace = place;
 }
 
 void Session::fitTexts() {

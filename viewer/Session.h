@@ -7,6 +7,7 @@
 
 #include <agent/AgentNodeHandle.h>
 
+#include <osg/Vec3d>
 #include <osg/ref_ptr>
 
 #include <optional>
@@ -50,6 +51,8 @@ private:
     void obeyCommands();
     void applyWatched();
     void reload();
+    void startOrStopFollowing();
+    void follow();
     void fitTexts();
     void showTexts(double seconds);
     void tell(const std::string& text);
@@ -71,6 +74,8 @@ private:
     bool showsAgent = true;
     bool showsInput = false;
     agent::AgentNodeHandle described;
+    agent::AgentNodeHandle followed;
+    osg::Vec3d followedPlace;
 };
 
 } // namespace tessarin::viewer

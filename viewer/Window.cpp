@@ -114,6 +114,11 @@ void Window::goHome() {
     trackball->updateCamera(*viewer.getCamera());
 }
 
+void Window::shiftView(const osg::Vec3d& by) {
+    trackball->setCenter(trackball->getCenter() + by);
+    trackball->updateCamera(*viewer.getCamera());
+}
+
 void Window::takeEvents(double time) {
     viewer.advance(time);
     viewer.eventTraversal();

@@ -36,6 +36,9 @@ public:
     /// Puts the camera back there.
     void goHome();
 
+    /// Moves the camera and what it turns about.
+    void shiftView(const osg::Vec3d& by);
+
     /// Begins a frame: passes what the person has done since the last one on to the event handlers.
     /// @param time of the simulation, in seconds.
     void takeEvents(double time);

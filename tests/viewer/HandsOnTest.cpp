@@ -165,12 +165,17 @@ TEST_F(HandsOnTest, TheCursorHighlightsSelectsAndDrags) {
     do_("mouseup 1");
 }
 
-TEST_F(HandsOnTest, TheSelectedBodyIsPushedAsThePersonLooks) {
+TEST_F(HandsOnTest, TheSelectedBodyIsPushedAsThePersonLooksAndFollowed) {
     Hand::instance().select(&getAgent("brick"));
     const osg::Vec3d right = Hand::instance().getRight();
-    do_("keydown KP_6");
+    const auto getEye = [&] {
+        return osg::Matrixd::inverse(window.getViewer().getCamera()->getViewMatrix()).getTrans();
+    };
+    const osg::Vec3d eye = getEye();
+    do_("key v keydown KP_6");
     EXPECT_TRUE(comes([&] { return getX("brick") > 0.5 * right.x(); }));
     EXPECT_NEAR(getAgent("brick").getMatrix()(1, 3) / getX("brick"), right.y() / right.x(), 0.05);
+    EXPECT_NEAR((getEye() - eye).x(), getX("brick"), 1e-3) << "the view follows";
     do_("keyup KP_6");
     EXPECT_EQ(getX("post"), 2);
 }

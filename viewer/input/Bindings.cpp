@@ -34,6 +34,7 @@ constexpr Default defaults[] = {
     {"step", "key n", "", -1, 1, "Run one frame, and pause"},
     {"reload", "key r", "", -1, 1, "Begin anew from the files"},
     {"home", "key home", "", -1, 1, "Look at the scene as at first"},
+    {"follow", "key v", "", -1, 1, "Follow the selected agent with the view, and stop it"},
     {"show input", "key i", "", -1, 1, "Show the state of all input"},
     {"show agent", "key u", "", -1, 1, "Show or hide the text about the agent under the cursor"},
     {"drive", "key up", "key down", 1, -1, "Drive: forwards, backwards"},
