@@ -1,6 +1,7 @@
 #include <tests/agent/AgentTest.h>
 
 #include <agent/Accessor.h>
+#include <agent/AgentFactory.h>
 #include <agent/BehaviourComponent.h>
 #include <agent/VisualModelComponent.h>
 
@@ -164,6 +165,42 @@ TEST(SimObjectDB, MakesRegisteredClassesByExactName) {
         read("<Component class='VisualModelComponent' name='c'><field name='filePath' value='f'/></Component>");
     EXPECT_EQ(made->getName() + dynamic_cast<VisualModelComponent&>(*made).getAsString("filePath"), "cf");
     EXPECT_TRUE(!read("<Other/>") && !read("<AgentNode>"));
+}
+
+TEST(AgentFactory, MakesAgentsOfOneNameAndHandsThemOn) {
+    struct Placing : AgentFactory {
+        explicit Placing(AgentNode& root) : AgentFactory("Placing", "truck"), parent(root) {}
+        AgentNode* addAgent(AgentNode* agent) override {
+            parent.addChild(agent);
+            return agent;
+        }
+        AgentNode& parent;
+    };
+    AgentNode root;
+    Placing factory(root);
+    AgentNode* const first = factory.createAndAddAgent();
+    const Owned second(factory.createAgent());
+    EXPECT_EQ(first->getOsgTransform()->getName(), "AgentNode MatTrans truck");
+    EXPECT_EQ(first->getParent(), &root);
+    EXPECT_EQ(second->getParent(), nullptr);
+    EXPECT_EQ(factory.getFactoryName(), "Placing");
+
+    const Owned plain(AgentFactory().createAndAddAgent());
+    EXPECT_EQ(plain->getName(), "AgentNode");
+    EXPECT_EQ(AgentFactory().getFactoryName(), "AgentFactory");
+
+    EXPECT_EQ(AgentFactory::getRootAgent(), nullptr);
+    EXPECT_EQ(AgentFactory::getSceneData(), nullptr);
+    const osg::ref_ptr<osg::Group> scene = new osg::Group;
+    for (int i = 0; i < 2; ++i)
+        AgentFactory::setSceneData(scene);
+    EXPECT_EQ(scene->referenceCount(), 2);
+    EXPECT_EQ(AgentFactory::getSceneData(), scene);
+    AgentFactory::setRootAgent(&root);
+    EXPECT_EQ(AgentFactory::getRootAgent(), &root);
+    AgentFactory::setRootAgent(nullptr);
+    AgentFactory::setSceneData(nullptr);
+    EXPECT_EQ(scene->referenceCount(), 1);
 }
 
 } // namespace
