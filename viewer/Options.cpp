@@ -134,6 +134,9 @@ Options Options::parse(osg::ArgumentParser& arguments) {
     if (arguments.argc() > 2)
         throw ViewerError(std::string(arguments[2]) + ": there can be only one file" + hint);
     options.file = arguments[1];
+    if (!options.watched.empty() && options.frames)
+        throw ViewerError(std::string("--watch and --frames don't go together; --patch applies a document once") +
+                          hint);
     return options;
 }
 

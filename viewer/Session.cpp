@@ -68,7 +68,8 @@ Session::~Session() {
 
 void Session::watch(const std::filesystem::path& document) {
     watched.emplace(document);
-    applyWatched();
+    if (watched->takeChange())
+        applyWatched();
 }
 
 void Session::sendEventsToRoot() {
@@ -82,7 +83,7 @@ void Session::sendEventsToRoot() {
 void Session::frame(double seconds) {
     takeEvents();
     obeyCommands();
-    if (watched)
+    if (watched && watched->takeChange())
         applyWatched();
     if (isStepDue)
         loop.frame(SimulationTime::frame);
@@ -126,23 +127,22 @@ void Session::obeyCommands() {
 }
 
 void Session::reload() {
-    try {
+    attempt("Loaded again: " + scene.getFile().string(), [&] {
         scene.reload();
         sendEventsToRoot();
-        tell("Loaded again: " + scene.getFile().string());
-    } catch (const ViewerError& error) {
-        tell(error.what());
-        TESSARIN_LOG(logging::Logger::instance()->getCategory("viewer", true), logging::Logger::errorLevel,
-                     error.what());
-    }
+    });
+    if (watched)
+        applyWatched();
 }
 
 void Session::applyWatched() {
-    if (!watched->takeChange())
-        return;
+    attempt("Applied: " + watched->getFile().string(), [&] { scene.apply(watched->getFile()); });
+}
+
+void Session::attempt(const std::string& success, const std::function<void()>& action) {
     try {
-        scene.apply(watched->getFile());
-        tell("Applied: " + watched->getFile().string());
+        action();
+        tell(success);
     } catch (const ViewerError& error) {
         tell(error.what());
         TESSARIN_LOG(logging::Logger::instance()->getCategory("viewer", true), logging::Logger::errorLevel,

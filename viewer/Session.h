@@ -10,6 +10,7 @@
 #include <osg/Vec3d>
 #include <osg/ref_ptr>
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -55,6 +56,7 @@ private:
     void follow();
     void fitTexts();
     void showTexts(double seconds);
+    void attempt(const std::string& success, const std::function<void()>& action);
     void tell(const std::string& text);
 
     Scene& scene;

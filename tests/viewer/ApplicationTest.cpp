@@ -28,6 +28,9 @@ TEST_F(ApplicationTest, BadCommandLinesEndWithOneLine) {
     EXPECT_EQ(failure({}), "no file to show" + hint);
     EXPECT_EQ(failure({"--frame", "3", tower}), "--frame: unknown option" + hint);
     EXPECT_EQ(failure({tower, "--frames"}), "--frames needs a value" + hint);
+    EXPECT_EQ(failure({tower, "--frames", "1", "--watch", tower}),
+              "--watch and --frames don't go together; --patch applies a document once" + hint);
+    EXPECT_EQ(failure({tower, "--point", "3"}), "--point 3: not a place like 640,360" + hint);
     EXPECT_EQ(failure({"--write", "--frames", "1", tower}), "--write needs a value" + hint);
     EXPECT_EQ(failure({tower, "other.xml"}), "other.xml: there can be only one file" + hint);
     for (const char* bad : {"ten", "1.5", "3x", "99999999999999999999"})

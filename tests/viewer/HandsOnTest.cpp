@@ -231,6 +231,10 @@ TEST_F(HandsOnTest, AWatchedDocumentIsAppliedEachTimeItIsSaved) {
     moveTo("5");
     EXPECT_TRUE(comes([&] { return getX("post") == 5; })) << "half a document is waited out";
     EXPECT_EQ(first, 3);
+    const AgentNode* const before = &scene.getRoot();
+    do_("key r");
+    EXPECT_TRUE(comes([&] { return &scene.getRoot() != before; }));
+    EXPECT_EQ(getX("post"), 5) << "it holds after a reload too";
     std::filesystem::remove(document);
 }
 
