@@ -100,11 +100,20 @@ void Session::frame(double seconds) {
 void Session::takeEvents() {
     joysticks.poll();
     feeder->beginFrame();
-    if (feeder->isAnythingHeld() && !window.hasFocus()) {
+    releaseWithoutFocus();
+    window.takeEvents(loop.getTime());
+}
+
+void Session::releaseWithoutFocus() {
+    if (!feeder->isAnythingHeld()) {
+        hadFocus = false;
+    } else if (window.hasFocus()) {
+        hadFocus = true;
+    } else if (hadFocus) {
+        // And not where a click has yet to bring the focus.
         feeder->releaseAll();
         Hand::instance().letGo();
     }
-    window.takeEvents(loop.getTime());
 }
 
 void Session::obeyCommands() {

@@ -49,6 +49,7 @@ public:
 private:
     void sendEventsToRoot();
     void takeEvents();
+    void releaseWithoutFocus();
     void obeyCommands();
     void applyWatched();
     void reload();
@@ -71,6 +72,7 @@ private:
     std::string message;
     double messageSeconds = 0;
     double textAge = 0;
+    bool hadFocus = false; // since something is held
     bool paused = false;
     bool isStepDue = false;
     bool showsAgent = true;
