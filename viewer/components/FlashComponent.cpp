@@ -2,11 +2,11 @@
 
 #include <viewer/Glow.h>
 #include <viewer/SimulationTime.h>
+#include <viewer/components/BodyOfAgent.h>
 
 #include <agent/Accessor.h>
 #include <agent/AgentNode.h>
 #include <agent/CollisionData.h>
-#include <agent/RigidBodyComponent.h>
 #include <dynamics/bullet/BulletBodyControl.h>
 #include <dynamics/bullet/BulletDynamicsWorld.h>
 
@@ -28,12 +28,6 @@ constexpr double fullHit = 5;
 
 /// Seconds of free fall whose speed is the threshold where none is given.
 constexpr double fallTime = 0.2;
-
-/// Null for a body of another engine.
-const dynamics::bullet::BulletBodyControl* bodyOf(agent::AgentNode& agent) {
-    agent::RigidBodyComponent* const component = agent.getRigidBody();
-    return component ? dynamic_cast<dynamics::bullet::BulletBodyControl*>(component->getBody()) : nullptr;
-}
 
 double speedOfFall() {
     const auto* const world = dynamic_cast<dynamics::bullet::BulletDynamicsWorld*>(agent::AgentNode::dynamicsWorld);
@@ -74,7 +68,7 @@ void FlashComponent::prePhysicsTick() {
 }
 
 double FlashComponent::brightnessOf(double push) {
-    const dynamics::bullet::BulletBodyControl* const body = getAgentNode() ? bodyOf(*getAgentNode()) : nullptr;
+    const dynamics::bullet::BulletBodyControl* const body = findBodyControl(getAgentNode());
     if (!body || !body->isMovable())
         return 0;
     const double least = (fields.threshold > 0 ? fields.threshold : speedOfFall()) * body->getMass();
