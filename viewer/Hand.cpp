@@ -4,6 +4,7 @@
 #include <agent/Input.h>
 
 #include <osg/Camera>
+#include <osg/Switch>
 #include <osg/Viewport>
 
 namespace tessarin::viewer {
@@ -12,12 +13,18 @@ using agent::AgentNode;
 
 namespace {
 
-/// As the event handler chooses: the highest priority, of equals the deepest. A model's nodes may hang in several
-/// places, of which one belongs to an agent.
+/// A body's node hangs below its agent and, switched off, in the model that another agent may show.
+bool isShownBy(osg::Group& parent, osg::Node& child) {
+    const osg::Switch* const choice = parent.asSwitch();
+    return !choice || choice->getChildValue(&child);
+}
+
+/// As the event handler chooses: the highest priority, of equals the deepest.
 AgentNode* findAgentAbove(osg::Node& node) {
     AgentNode* best = node.asTransform() ? AgentNode::getAgentNode(node.asTransform()) : nullptr;
     for (unsigned i = 0; i < node.getNumParents(); ++i) {
-        AgentNode* const other = findAgentAbove(*node.getParent(i));
+        osg::Group& parent = *node.getParent(i);
+        AgentNode* const other = isShownBy(parent, node) ? findAgentAbove(parent) : nullptr;
         if (other && (!best || other->getSelectionPriority() > best->getSelectionPriority()))
             best = other;
     }

@@ -34,14 +34,15 @@ using doubles::RecordingComponent;
 
 namespace {
 
-/// A cube that floats, beside one that stays where it is.
+/// A cube that floats, beside one that stays where it is and before one without a body.
 std::filesystem::path writeScene() {
     const std::string shape = "<shape><box><half_extents>0.5 0.5 0.5</half_extents></box>"
                               "<translate>0.5 0.5 0.5</translate></shape>";
     const std::string text =
         colladaText("Z_UP",
                     "<node id='brick'><instance_geometry url='#cube'/></node>"
-                    "<node id='post'><translate>2 0 0</translate><instance_geometry url='#cube'/></node>",
+                    "<node id='post'><translate>2 0 0</translate><instance_geometry url='#cube'/></node>"
+                    "<node id='scenery'><translate>0 3 0</translate><instance_geometry url='#cube'/></node>",
                     "<rigid_body sid='brick'><technique_common>" + shape + "</technique_common></rigid_body>" +
                         bodyText("post", shape),
                     instanceText("brick", "brick") + instanceText("post", "post"));
