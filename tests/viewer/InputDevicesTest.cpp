@@ -1,14 +1,18 @@
-// Joysticks, by SDL's virtual ones, and bindings; what needs no window.
+// Joysticks, by SDL's virtual ones, bindings and highlights; what needs no window.
 
 #include <tests/viewer/ViewerTest.h>
 
+#include <viewer/Glow.h>
+#include <viewer/components/HighlightComponent.h>
 #include <viewer/input/Bindings.h>
 #include <viewer/input/Joysticks.h>
 #include <viewer/input/KeyCodes.h>
 
+#include <agent/AgentNode.h>
 #include <agent/Input.h>
 
 #include <SDL.h>
+#include <osg/ApplicationUsage>
 #include <osgGA/GUIEventAdapter>
 
 namespace tessarin::viewer {
@@ -107,6 +111,12 @@ TEST_F(BindingsTest, AFileGoesOverTheDefaultsAndComesBackAsItWasWritten) {
         return text.str();
     };
     EXPECT_EQ(content(folder / "all.xml"), content(folder / "again.xml"));
+
+    const osg::ref_ptr<osg::ApplicationUsage> usage = new osg::ApplicationUsage;
+    bindings.read(write("horn.xml", "<Bindings><VirtualInput name='horn' pos='key g'/></Bindings>"));
+    bindings.describe(*usage);
+    EXPECT_EQ(usage->getKeyboardMouseBindings().at("d, a"), "Steer: right, left");
+    EXPECT_EQ(usage->getKeyboardMouseBindings().at("g"), "horn") << "the help screen lists every key";
 }
 
 TEST_F(BindingsTest, WhatIsWrongIsToldInALine) {
@@ -124,7 +134,28 @@ TEST_F(BindingsTest, WhatIsWrongIsToldInALine) {
     EXPECT_EQ(refusal("<Bindings><VirtualInput name='a' key='a'/></Bindings>"), ": binding 1: unknown attribute key");
     EXPECT_EQ(refusal("<Bindings><VirtualInput name='a' axis='one'/></Bindings>"),
               ": binding 1: axis=\"one\" is no number");
+    for (const char* scale : {"0", "nan", "inf"})
+        EXPECT_EQ(refusal("<Bindings><VirtualInput name='a' scale='" + std::string(scale) + "'/></Bindings>"),
+                  ": binding 1: scale is to be a number other than 0");
+    for (const char* dead : {"-0.1", "nan"})
+        EXPECT_EQ(refusal("<Bindings><VirtualInput name='a' dead='" + std::string(dead) + "'/></Bindings>"),
+                  ": binding 1: dead is to be 0 or more");
     EXPECT_EQ(refusal("<Bindings><VirtualInput"), ":1:11: unclosed token");
+}
+
+TEST(HighlightTest, GoesWithItsComponent) {
+    agent::AgentNode agent("a");
+    for (const bool isDeleted : {true, false}) {
+        auto* const highlight = new HighlightComponent;
+        agent.addComponent(highlight);
+        Input::instance()->setClickedNode(agent.getOsgTransform());
+        agent.sendEvent(agent::AgentEvent::MOUSE_ENTER);
+        EXPECT_GT(getGlow(*agent.getOsgTransform(), Glow::HIGHLIGHT).a(), 0);
+        if (!isDeleted)
+            agent.removeComponent(highlight);
+        delete highlight;
+        EXPECT_EQ(getGlow(*agent.getOsgTransform(), Glow::HIGHLIGHT).a(), 0);
+    }
 }
 
 TEST(KeyCodesTest, AreReadable) {

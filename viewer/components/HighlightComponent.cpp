@@ -12,6 +12,11 @@ namespace tessarin::viewer {
 
 using agent::AgentEvent;
 
+HighlightComponent::~HighlightComponent() {
+    if (isOnAgent() && getAgentNode())
+        tint(0);
+}
+
 bool HighlightComponent::getSupportedEvents(std::list<AgentEvent::_AgentEventEnum>& events) {
     events.insert(events.end(), {AgentEvent::MOUSE_ENTER, AgentEvent::MOUSE_EXIT});
     return true;

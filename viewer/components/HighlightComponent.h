@@ -13,6 +13,11 @@ namespace tessarin::viewer {
 /// Fields: `colour`, red, green and blue from 0 to 1, and `strength`, from 0 to 1.
 class HighlightComponent : public agent::Component {
 public:
+    HighlightComponent() = default;
+    HighlightComponent(const HighlightComponent&) = default;
+    HighlightComponent& operator=(const HighlightComponent&) = default;
+    ~HighlightComponent() override;
+
     const char* getClassName() override { return "HighlightComponent"; }
     bool getSupportedEvents(std::list<agent::AgentEvent::_AgentEventEnum>& events) override;
     void setAgentNode(agent::AgentNode* node) override;

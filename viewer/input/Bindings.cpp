@@ -11,6 +11,7 @@
 #include <osg/ApplicationUsage>
 
 #include <algorithm>
+#include <cmath>
 
 namespace tessarin::viewer {
 
@@ -92,6 +93,10 @@ VirtualInput readInput(const XMLNode& element) {
     }
     if (input.name.empty())
         throw ViewerError("it has no name");
+    if (!std::isfinite(input.scale) || input.scale == 0)
+        throw ViewerError("scale is to be a number other than 0");
+    if (!(input.dead >= 0))
+        throw ViewerError("dead is to be 0 or more");
     return input;
 }
 
@@ -169,10 +174,12 @@ void Bindings::giveToInput() const {
 }
 
 void Bindings::describe(osg::ApplicationUsage& usage) const {
-    for (const Default& each : defaults) {
-        const std::string names = nameKeys(*findIn(all, each.name));
+    for (const VirtualInput& input : all) {
+        const auto known = std::find_if(std::begin(defaults), std::end(defaults),
+                                        [&](const Default& each) { return input.name == each.name; });
+        const std::string names = nameKeys(input);
         if (!names.empty())
-            usage.addKeyboardMouseBinding(names, each.meaning);
+            usage.addKeyboardMouseBinding(names, known != std::end(defaults) ? known->meaning : input.name);
     }
     usage.addKeyboardMouseBinding("left mouse", "Drag a body; turn the view elsewhere");
 }
