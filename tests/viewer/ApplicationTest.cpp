@@ -18,6 +18,7 @@ protected:
 TEST_F(ApplicationTest, HelpListsEveryOptionAndVersionIsTold) {
     EXPECT_EQ(run({"--help"}), 0);
     for (const char* option : {"--frames N", "--snapshot FILE.png", "--write FILE.xml", "--digest", "--patch FILE.xml",
+                               "--watch FILE.xml", "--bindings FILE.xml", "--write-bindings FILE.xml", "--point X,Y",
                                "--size WxH", "--log LEVEL", "--help", "--version"})
         EXPECT_THAT(out.str(), HasSubstr(option));
     EXPECT_EQ(run({"--version"}), 0);
@@ -38,6 +39,9 @@ TEST_F(ApplicationTest, BadCommandLinesEndWithOneLine) {
                   "--frames " + std::string(bad) + ": not a number of frames" + hint);
     for (const char* bad : {"640", "640x", "0x480", "640x480x2", "640x99999"})
         EXPECT_EQ(failure({"--size", bad, tower}), "--size " + std::string(bad) + ": not a size like 1280x720" + hint);
+    for (const char* bad : {"640", "640,", "a,b", "1x2"})
+        EXPECT_EQ(failure({"--point", bad, tower}),
+                  "--point " + std::string(bad) + ": not a place like 640,360" + hint);
     EXPECT_EQ(failure({"--log", "loud", tower}), "--log loud: not one of off, error, warn, info and debug" + hint);
 }
 

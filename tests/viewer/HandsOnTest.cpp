@@ -17,6 +17,7 @@
 
 #include <gtest/gtest.h>
 #include <osg/ApplicationUsage>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -34,6 +35,11 @@ using doubles::RecordingComponent;
 
 namespace {
 
+/// A place of this run's own: others may run at the same time.
+std::filesystem::path temporary(const std::string& name) {
+    return std::filesystem::temp_directory_path() / (std::to_string(getpid()) + "_" + name);
+}
+
 /// A cube that floats, beside one that stays where it is and before one without a body.
 std::filesystem::path writeScene() {
     const std::string shape = "<shape><box><half_extents>0.5 0.5 0.5</half_extents></box>"
@@ -46,7 +52,7 @@ std::filesystem::path writeScene() {
                     "<rigid_body sid='brick'><technique_common>" + shape + "</technique_common></rigid_body>" +
                         bodyText("post", shape),
                     instanceText("brick", "brick") + instanceText("post", "post"));
-    const std::filesystem::path file = std::filesystem::temp_directory_path() / "tessarin_hands_on.dae";
+    const std::filesystem::path file = temporary("tessarin_hands_on.dae");
     std::ofstream(file) << text;
     return file;
 }
@@ -215,7 +221,7 @@ TEST_F(HandsOnTest, TheKeysOfTheViewerPauseStepReloadAndEnd) {
 }
 
 TEST_F(HandsOnTest, AWatchedDocumentIsAppliedEachTimeItIsSaved) {
-    const std::filesystem::path document = std::filesystem::temp_directory_path() / "tessarin_watched.xml";
+    const std::filesystem::path document = temporary("tessarin_watched.xml");
     const auto save = [&](const std::string& text) { std::ofstream(document) << text; };
     const auto moveTo = [&](const std::string& x) {
         save("<AgentNode><AgentNode name='post'><Transform><Translate>" + x +

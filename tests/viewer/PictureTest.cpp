@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <osg/Image>
 #include <osgDB/ReadFile>
+#include <unistd.h>
 
 #include <array>
 #include <cstdlib>
@@ -12,7 +13,8 @@ namespace {
 
 /// Runs the program on the tower and reads the picture that it leaves.
 osg::ref_ptr<osg::Image> takePicture(int frames) {
-    const std::filesystem::path file = std::filesystem::temp_directory_path() / "tessarin_picture_test.png";
+    const std::filesystem::path file =
+        std::filesystem::temp_directory_path() / ("tessarin_" + std::to_string(getpid()) + "_picture.png");
     std::filesystem::remove(file);
     const std::string command = std::string(TESSARIN_VIEWER) + " --frames " + std::to_string(frames) +
                                 " --size 320x200 --snapshot " + file.string() + " " TESSARIN_SCENES "/tower.xml";

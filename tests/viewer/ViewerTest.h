@@ -3,6 +3,7 @@
 #include <viewer/Application.h>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -55,7 +56,7 @@ protected:
 
     const std::filesystem::path folder =
         std::filesystem::temp_directory_path() /
-        (std::string("tessarin_") + testing::UnitTest::GetInstance()->current_test_info()->name());
+        ("tessarin_" + std::to_string(getpid()) + "_" + testing::UnitTest::GetInstance()->current_test_info()->name());
     std::ostringstream out;
     std::ostringstream err;
 };
