@@ -8,6 +8,7 @@
 #include <osgText/Font>
 #include <osgViewer/Viewer>
 
+#include <algorithm>
 #include <list>
 
 namespace tessarin::viewer {
@@ -20,7 +21,7 @@ const float margin = 14;
 /// Null for OpenSceneGraph's own font, whose letters are coarse.
 osg::ref_ptr<osgText::Font> findFont() {
     for (const char* const file :
-         {"/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf", "/usr/share/fonts/TTF/DejaVuSans.ttf", "fonts/arial.ttf"})
+         {"/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf", "/usr/share/fonts/TTF/DejaVuSans.ttf"})
         if (osgDB::fileExists(file))
             return osgText::readRefFontFile(file);
     return nullptr;

@@ -15,7 +15,6 @@
 #include <logging/Log.h>
 #include <logging/Logger.h>
 
-#include <algorithm>
 #include <sstream>
 
 namespace tessarin::viewer {
@@ -27,14 +26,15 @@ namespace {
 constexpr double timeBetweenTexts = 0.1; // nobody reads faster
 constexpr double messageTime = 8;
 
-/// One thing a line.
+/// One thing a line: each begins with a comma. A comma with two blanks behind it is the key of that name.
 std::string describeInput() {
     std::ostringstream stream;
     Input::instance()->dumpInfo(stream);
     std::string text = stream.str();
-    std::replace(text.begin(), text.end(), ',', '\n');
-    text.erase(text.find_last_not_of('\n') + 1);
-    return text;
+    for (std::size_t i = text.find(','); i != std::string::npos; i = text.find(',', i + 1))
+        if (text.compare(i + 1, 2, "  ") != 0)
+            text[i] = '\n';
+    return text.erase(0, 1);
 }
 
 osg::Vec3d placeOf(agent::AgentNode& agent) {

@@ -2,6 +2,7 @@
 
 #include <osg/Depth>
 #include <osg/Geometry>
+#include <osg/PolygonMode>
 #include <osg/Program>
 #include <osg/Shape>
 #include <osg/ShapeDrawable>
@@ -59,6 +60,8 @@ osg::ref_ptr<osg::Node> makeSky() {
     state.addUniform(new osg::Uniform("horizonColour", horizonColour));
     state.setAttributeAndModes(new osg::Depth(osg::Depth::LEQUAL, 0, 1, false));
     state.setMode(GL_CULL_FACE, osg::StateAttribute::OFF);
+    // The sky stays whole in a picture of wires.
+    state.setAttributeAndModes(new osg::PolygonMode, osg::StateAttribute::ON | osg::StateAttribute::PROTECTED);
     state.setRenderBinDetails(-100, "RenderBin");
     return ball;
 }

@@ -91,6 +91,7 @@ void Window::addHandlers(osg::ApplicationUsage& usage) {
     viewer.addEventHandler(new osgGA::StateSetManipulator(viewer.getCamera()->getOrCreateStateSet()));
     viewer.addEventHandler(new osgViewer::HelpHandler(&usage));
     viewer.getUsage(usage);
+    usage.addKeyboardMouseBinding("escape", "End");
 }
 
 void Window::lookAt(const osg::BoundingBoxd& subject) {
