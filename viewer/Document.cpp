@@ -77,6 +77,7 @@ public:
     explicit Content(const std::filesystem::path& file) : reader(file) {}
 
     QuietReader reader;
+    std::set<std::string> models;
 };
 
 Document::Document(const std::filesystem::path& file) : content(std::make_unique<Content>(file)) {
@@ -93,6 +94,7 @@ Document::Document(const std::filesystem::path& file) : content(std::make_unique
         } catch (const ViewerError& error) {
             throw ViewerError(file.string() + ": the model " + error.what());
         }
+        content->models.insert(path);
     });
 }
 
@@ -115,6 +117,10 @@ void Document::write(XMLNode& root, const std::filesystem::path& file) {
 
 XMLNode* Document::getRoot() const {
     return content->reader.getRoot();
+}
+
+const std::set<std::string>& Document::getModels() const {
+    return content->models;
 }
 
 std::unique_ptr<XMLNode> placementOf(const XMLNode& agent) {

@@ -4,6 +4,8 @@
 
 #include <filesystem>
 #include <memory>
+#include <set>
+#include <string>
 
 namespace tessarin::viewer {
 
@@ -28,6 +30,9 @@ public:
     static void write(xml_parser::XMLNode& root, const std::filesystem::path& file);
 
     xml_parser::XMLNode* getRoot() const;
+
+    /// The models that the document names, by their whole paths.
+    const std::set<std::string>& getModels() const;
 
 private:
     class Content;

@@ -16,6 +16,8 @@
 
 #include <osgDB/FileNameUtils>
 
+#include <set>
+
 namespace tessarin::viewer {
 
 using agent::AgentNode;
@@ -54,23 +56,23 @@ VisualModelComponent* modelOf(AgentNode& agent) {
     return dynamic_cast<VisualModelComponent*>(agent.getComponent("VisualModelComponent"));
 }
 
-/// The path of a model of the branch that was not to be read; empty if there is none.
-std::string findUnreadModel(AgentNode& agent) {
-    std::string unread;
+/// A model component of the branch whose model was not to be read; null if there is none.
+/// @param paths the models that count; null for all.
+VisualModelComponent* findUnreadModel(AgentNode& agent, const std::set<std::string>* paths) {
+    VisualModelComponent* unread = nullptr;
     agent.visitComponents([&](agent::Component* component) {
         VisualModelComponent* const model = dynamic_cast<VisualModelComponent*>(component);
-        if (model && !model->getModel())
-            unread = model->getAsString("filePath");
+        if (model && !model->getModel() && (!paths || paths->count(model->getAsString("filePath")) > 0))
+            unread = model;
     });
-    for (auto child = agent.getChildren().begin(); unread.empty() && child != agent.getChildren().end(); ++child)
-        unread = findUnreadModel(**child);
+    for (auto child = agent.getChildren().begin(); !unread && child != agent.getChildren().end(); ++child)
+        unread = findUnreadModel(**child, paths);
     return unread;
 }
 
-void requireModels(AgentNode& root, const std::filesystem::path& file) {
-    const std::string unread = findUnreadModel(root);
-    if (!unread.empty())
-        throw ViewerError(file.string() + ": the model " + unread + " can't be read");
+void requireModels(AgentNode& root, const std::set<std::string>* paths, const std::filesystem::path& file) {
+    if (VisualModelComponent* const unread = findUnreadModel(root, paths))
+        throw ViewerError(file.string() + ": the model " + unread->getAsString("filePath") + " can't be read");
 }
 
 /// Lets the agents stand where their bodies are, before the first frame: they may be written before they are ever
@@ -130,7 +132,7 @@ std::unique_ptr<AgentNode> loadModel(const std::filesystem::path& file) {
 std::unique_ptr<AgentNode> loadDocument(const std::filesystem::path& file) {
     const Document document(file);
     std::unique_ptr<AgentNode> root(AgentNode::createFromXml(document.getRoot()));
-    requireModels(*root, file);
+    requireModels(*root, nullptr, file);
     root->modifyWithXml(placementOf(*document.getRoot()).get());
     return root;
 }
@@ -138,8 +140,8 @@ std::unique_ptr<AgentNode> loadDocument(const std::filesystem::path& file) {
 void applyDocument(AgentNode& root, const std::filesystem::path& file) {
     const Document document(file);
     root.modifyWithXml(document.getRoot());
-    requireModels(root, file);
     root.modifyWithXml(placementOf(*document.getRoot()).get());
+    requireModels(root, &document.getModels(), file); // what an earlier document has left is not this one's fault
 }
 
 } // namespace

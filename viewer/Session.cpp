@@ -109,8 +109,8 @@ void Session::releaseWithoutFocus() {
         hadFocus = false;
     } else if (window.hasFocus()) {
         hadFocus = true;
-    } else if (hadFocus) {
-        // And not where a click has yet to bring the focus.
+    } else if (hadFocus || feeder->isKeyHeld()) {
+        // And not where a click has yet to bring the focus. Keys come only where it is.
         feeder->releaseAll();
         Hand::instance().letGo();
     }

@@ -149,6 +149,23 @@ TEST_F(SceneTest, AgentsStandWhereTheirBodiesAreBeforeTheFirstFrame) {
     expectRoundTrip(scene, "first.xml");
 }
 
+TEST_F(SceneTest, AModelThatCannotBeReadIsNoFaultOfTheNextDocument) {
+    Scene scene(write("a.xml", "<AgentNode name='a'><AgentNode name='b'/></AgentNode>"));
+    const auto apply = [&](const std::string& inside) {
+        scene.apply(write("patch.xml", "<AgentNode><AgentNode name='b'><Transform><Translate>7 0 0</Translate><Rotate>"
+                                       "0 0 0 1</Rotate></Transform>" +
+                                           inside + "</AgentNode></AgentNode>"));
+    };
+    write("plain.foo", "hello");
+    const std::string bad =
+        "<Component class='VisualModelComponent'><field name='filePath' value='plain.foo'/></Component>";
+    EXPECT_THROW(apply(bad), ViewerError);
+    EXPECT_NO_THROW(apply("<AgentNode name='c'><Transform><Translate>1 2 3</Translate><Rotate>0 0 0 1</Rotate>"
+                          "</Transform></AgentNode>"));
+    EXPECT_EQ(scene.getRoot().getChild("b")->getChild("c")->getPosition()[2], 3);
+    EXPECT_THROW(apply(bad), ViewerError);
+}
+
 TEST_F(SceneTest, DocumentsNameModelsFromTheirOwnFolder) {
     std::filesystem::copy(scenes / "models" / "carousel.dae", folder / "carousel.dae");
     Scene scene(write("here.xml",

@@ -25,6 +25,7 @@ public:
     /// Releases all keys and mouse buttons that are held, as if the person had let go.
     void releaseAll();
 
+    bool isKeyHeld() const { return !heldKeys.empty(); }
     bool isAnythingHeld() const { return !heldKeys.empty() || !heldMouseButtons.empty(); }
 
     bool handle(const osgGA::GUIEventAdapter& event, osgGA::GUIActionAdapter& action, osg::Object* object,
