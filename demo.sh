@@ -19,8 +19,11 @@ for argument in "$@"; do
     esac
 done
 
-# A DISPLAY that nobody answers on is no display.
-has_display() { [ -n "${DISPLAY:-}" ] && xdotool getdisplaygeometry >/dev/null 2>&1; }
+# A DISPLAY that nobody answers on is no display; without xdotool it is taken at its word.
+has_display() {
+    [ -n "${DISPLAY:-}" ] || return 1
+    ! command -v xdotool >/dev/null || xdotool getdisplaygeometry >/dev/null 2>&1
+}
 
 say() { printf '\n== %s\n' "$*"; }
 

@@ -4,6 +4,7 @@
 #include <agent/Component.h>
 
 #include <osg/Geode>
+#include <osg/PolygonMode>
 #include <osgDB/FileUtils>
 #include <osgText/Font>
 #include <osgViewer/Viewer>
@@ -72,6 +73,8 @@ HeadsUp::HeadsUp(osgViewer::Viewer& viewer) {
     osg::StateSet& state = *camera->getOrCreateStateSet();
     state.setMode(GL_LIGHTING, osg::StateAttribute::OFF);
     state.setMode(GL_DEPTH_TEST, osg::StateAttribute::OFF);
+    // Letters stay whole in a picture of wires.
+    state.setAttributeAndModes(new osg::PolygonMode, osg::StateAttribute::ON | osg::StateAttribute::PROTECTED);
     camera->addChild(geode);
     viewer.addSlave(camera, false);
     const osg::Viewport& viewport = *viewer.getCamera()->getViewport();

@@ -28,6 +28,20 @@ protected:
     bool handleKeyDown(const osgGA::GUIEventAdapter&, osgGA::GUIActionAdapter&) override { return false; }
 };
 
+/// Without the keys for lighting and textures, which do nothing to shaders.
+class DrawingModes : public osgGA::StateSetManipulator {
+public:
+    explicit DrawingModes(osg::StateSet* state) : osgGA::StateSetManipulator(state) {
+        setKeyEventToggleLighting(0);
+        setKeyEventToggleTexturing(0);
+    }
+
+    void getUsage(osg::ApplicationUsage& usage) const override {
+        usage.addKeyboardMouseBinding(getKeyEventToggleBackfaceCulling(), "Toggle backface culling");
+        usage.addKeyboardMouseBinding(getKeyEventCyclePolygonMode(), "Toggle faces, wires and points");
+    }
+};
+
 } // namespace
 
 osg::ref_ptr<osg::GraphicsContext> Window::open(const std::string& title, int width, int height) {
@@ -88,7 +102,7 @@ void Window::addHandlers(osg::ApplicationUsage& usage) {
     viewer.addEventHandler(new osgViewer::StatsHandler);
     viewer.addEventHandler(new osgViewer::WindowSizeHandler);
     viewer.addEventHandler(new osgViewer::ScreenCaptureHandler);
-    viewer.addEventHandler(new osgGA::StateSetManipulator(viewer.getCamera()->getOrCreateStateSet()));
+    viewer.addEventHandler(new DrawingModes(viewer.getCamera()->getOrCreateStateSet()));
     viewer.addEventHandler(new osgViewer::HelpHandler(&usage));
     viewer.getUsage(usage);
     usage.addKeyboardMouseBinding("escape", "End");
@@ -146,6 +160,8 @@ bool Window::hasFocus() {
 }
 
 void Window::drawPicture(const std::filesystem::path& file) {
+    if (isDone())
+        throw ViewerError(file.string() + ": the window was closed before the picture was taken");
     const osg::ref_ptr<Snapshot> snapshot = new Snapshot(file);
     const osg::ref_ptr<osgViewer::ScreenCaptureHandler> handler = new osgViewer::ScreenCaptureHandler(snapshot, 1);
     handler->captureNextFrame(viewer);

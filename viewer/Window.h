@@ -47,7 +47,7 @@ public:
     void draw();
 
     /// As draw(), and leaves a picture of it.
-    /// @throws ViewerError if the picture can't be written.
+    /// @throws ViewerError if the picture can't be written, or the window is closed.
     void drawPicture(const std::filesystem::path& file);
 
     /// Moves the cursor, in pixels from the upper left corner, as if the person did.
