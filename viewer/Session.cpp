@@ -55,6 +55,8 @@ Session::Session(Scene& sceneToShow, FrameLoop& loopToDrive, Window& windowToUse
     for (const agent::VirtualInput& binding : bindings.getAll()) {
         feeder->reserve(binding.pos);
         feeder->reserve(binding.neg);
+        if (binding.pos == "key escape" || binding.neg == "key escape")
+            window.getViewer().setKeyEventSetsDone(0); // which no handler could keep from it
     }
     pausedText = "Paused - " + bindings.getButton("pause") + ": go on, " + bindings.getButton("step") + ": one frame";
     window.getViewer().getEventHandlers().push_front(feeder);

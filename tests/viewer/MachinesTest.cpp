@@ -212,7 +212,11 @@ TEST_F(MachinesTest, MotorsDoWithoutJointsBodiesAndInputsThatHaveGone) {
     machine.root().removeComponent(axle);
     delete axle;
     Input::instance()->getVirtualInput("drive").pos.clear();
+    machine.root().getComponent("steer_left")->setAsString("mode", "postion");
+    const double steered = machine.joint("suspension_front_left").getPosition(JointAxis::rotationZ);
     machine.hold({"drive+", "steer+"}, 2);
+    EXPECT_NEAR(machine.joint("suspension_front_left").getPosition(JointAxis::rotationZ), steered, 0.1)
+        << "a mode that isn't one moves nothing";
     EXPECT_LT(machine.placeOf("truck")[2], rideHeight - 0.1) << "it lies on what is left";
 }
 

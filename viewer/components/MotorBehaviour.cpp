@@ -5,9 +5,12 @@
 #include <agent/Input.h>
 #include <agent/JointComponent.h>
 #include <dynamics/bullet/BulletJoint.h>
+#include <logging/Log.h>
+#include <logging/Logger.h>
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -18,8 +21,9 @@ using dynamics::bullet::JointAxis;
 
 namespace {
 
-/// The main axis if the text names none.
-JointAxis axisOf(const BulletJoint& joint, std::string_view text) {
+std::optional<JointAxis> axisOf(const BulletJoint& joint, std::string_view text) {
+    if (text.empty())
+        return joint.getMainAxis();
     constexpr std::pair<std::string_view, JointAxis> axes[] = {
         {"translationX", JointAxis::translationX}, {"translationY", JointAxis::translationY},
         {"translationZ", JointAxis::translationZ}, {"rotationX", JointAxis::rotationX},
@@ -27,7 +31,7 @@ JointAxis axisOf(const BulletJoint& joint, std::string_view text) {
     for (const auto& [name, axis] : axes)
         if (name == text)
             return axis;
-    return joint.getMainAxis();
+    return std::nullopt;
 }
 
 } // namespace
@@ -51,7 +55,12 @@ BulletJoint* MotorBehaviour::findJoint() {
 }
 
 void MotorBehaviour::drive(BulletJoint& joint) {
-    const JointAxis axis = axisOf(joint, fields.axis);
+    const std::optional<JointAxis> named = axisOf(joint, fields.axis);
+    if (!named || (fields.mode != "speed" && fields.mode != "position")) {
+        refuse(named ? fields.mode : fields.axis);
+        return;
+    }
+    const JointAxis axis = *named;
     const double value = std::clamp(double{input()->getAxis(fields.input)}, -1.0, 1.0);
     if (fields.mode == "position")
         joint.setMotorPosition(axis, value * fields.range, fields.speed, fields.force);
@@ -61,6 +70,14 @@ void MotorBehaviour::drive(BulletJoint& joint) {
         joint.setMotorVelocity(axis, 0, fields.hold);
     else
         joint.setMotorVelocity(axis, value * fields.speed, fields.force);
+}
+
+void MotorBehaviour::refuse(const std::string& text) {
+    if (text == refused)
+        return;
+    refused = text;
+    TESSARIN_LOG(logging::Logger::instance()->getCategory("viewer", true), logging::Logger::errorLevel,
+                 "MotorBehaviour of " << getAgentNode()->getName() << ": no axis or mode is called " << text);
 }
 
 agent::AccessorWithObject MotorBehaviour::getAccessor(const std::string& fieldName) {

@@ -13,7 +13,8 @@ namespace tessarin::viewer {
 /// Drives one axis of a joint by a virtual input: a wheel, the turntable of a crane, the steering of a car.
 ///
 /// The joint is the one of that name on its own agent or on the nearest one above; as long as there is none, and for
-/// an input that nobody has defined, nothing moves.
+/// an input that nobody has defined, nothing moves. An axis or a mode that isn't one is told once at level 300, and the
+/// joint left alone.
 ///
 /// | field | default | meaning |
 /// |---|---|---|
@@ -50,8 +51,10 @@ private:
 
     dynamics::bullet::BulletJoint* findJoint();
     void drive(dynamics::bullet::BulletJoint& joint);
+    void refuse(const std::string& text);
 
     Fields fields;
+    std::string refused; // the text that was told last
 };
 
 } // namespace tessarin::viewer
