@@ -145,7 +145,7 @@ void Application::runFrames(const Options& options, FrameLoop& loop, Window* win
         else
             loop.frame(SimulationTime::frame);
         if (window && !session)
-            window->takeEvents(loop.getTime());
+            window->ignoreEvents(loop.getTime());
         if (window && (frame < frames || options.snapshot.empty()))
             window->draw();
     }

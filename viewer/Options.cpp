@@ -120,7 +120,7 @@ Options Options::parse(osg::ArgumentParser& arguments) {
         const Setter set = findSetter(argument);
         if (!set)
             throw ViewerError(argument + ": unknown option" + hint);
-        if (i + 1 >= arguments.argc() || arguments.isOption(i + 1))
+        if (i + 1 >= arguments.argc() || arguments.isOption(i + 1) || *arguments[i + 1] == '\0')
             throw ViewerError(argument + " needs a value" + hint);
         set(options, arguments[i + 1]);
         arguments.remove(i, 2);

@@ -72,6 +72,8 @@ void Session::watch(const std::filesystem::path& document) {
     watched.emplace(document);
     if (watched->takeChange())
         applyWatched();
+    else
+        tell("Waiting for " + document.string());
 }
 
 void Session::sendEventsToRoot() {

@@ -139,6 +139,15 @@ void Window::takeEvents(double time) {
     viewer.eventTraversal();
 }
 
+void Window::ignoreEvents(double time) {
+    viewer.advance(time);
+    auto* const window = dynamic_cast<osgViewer::GraphicsWindow*>(viewer.getCamera()->getGraphicsContext());
+    if (!window)
+        return;
+    window->checkEvents();
+    window->getEventQueue()->clear();
+}
+
 void Window::draw() {
     if (viewer.done())
         return;

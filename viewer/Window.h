@@ -43,6 +43,9 @@ public:
     /// @param time of the simulation, in seconds.
     void takeEvents(double time);
 
+    /// Begins a frame and takes no notice of the person.
+    void ignoreEvents(double time);
+
     /// Ends a frame: shows the scene as it stands.
     void draw();
 

@@ -140,6 +140,10 @@ TEST_F(BindingsTest, WhatIsWrongIsToldInALine) {
     for (const char* dead : {"-0.1", "nan"})
         EXPECT_EQ(refusal("<Bindings><VirtualInput name='a' dead='" + std::string(dead) + "'/></Bindings>"),
                   ": binding 1: dead is to be 0 or more");
+    EXPECT_EQ(refusal("<Bindings><VirtualInput name='a' neg='key Lefft'/></Bindings>"),
+              ": binding 1: no key is called \"key Lefft\"");
+    EXPECT_EQ(refusal("<Bindings><VirtualInput name='a' axis='1'/></Bindings>"),
+              ": binding 1: an axis needs the joyNum of its joystick");
     EXPECT_EQ(refusal("<Bindings><VirtualInput"), ":1:11: unclosed token");
 }
 

@@ -3,6 +3,7 @@
 #include <viewer/QuietReader.h>
 #include <viewer/ViewerError.h>
 #include <viewer/XmlFile.h>
+#include <viewer/input/KeyCodes.h>
 
 #include <agent/FieldText.h>
 #include <agent/Input.h>
@@ -48,6 +49,7 @@ constexpr Default defaults[] = {
 };
 
 constexpr float defaultDeadZone = 0.15f;
+const std::string keyPrefix = "key ";
 
 VirtualInput make(const Default& from) {
     VirtualInput input;
@@ -67,6 +69,12 @@ template <class Value>
 void readValue(const std::string& attribute, const std::string& text, Value& value) {
     if (!FieldText<Value>::read(text, value))
         throw ViewerError(attribute + "=\"" + text + "\" is no number");
+}
+
+/// Codes of keys are the viewer's; what else a text may be, another virtual input for example, isn't known here.
+void requireKey(const std::string& code) {
+    if (code.rfind(keyPrefix, 0) == 0 && !isKeyCode(code))
+        throw ViewerError("no key is called \"" + code + "\"");
 }
 
 VirtualInput readInput(const XMLNode& element) {
@@ -97,6 +105,10 @@ VirtualInput readInput(const XMLNode& element) {
         throw ViewerError("scale is to be a number other than 0");
     if (!(input.dead >= 0))
         throw ViewerError("dead is to be 0 or more");
+    if (input.axis != -1 && input.joyNum < 0)
+        throw ViewerError("an axis needs the joyNum of its joystick");
+    requireKey(input.pos);
+    requireKey(input.neg);
     return input;
 }
 
@@ -121,8 +133,7 @@ auto findIn(const std::vector<VirtualInput>& inputs, const std::string& name) {
 
 /// As it stands on the key: "page up" for "key page up".
 std::string withoutPrefix(const std::string& code) {
-    const std::string prefix = "key ";
-    return code.rfind(prefix, 0) == 0 ? code.substr(prefix.size()) : code;
+    return code.rfind(keyPrefix, 0) == 0 ? code.substr(keyPrefix.size()) : code;
 }
 
 /// Both keys in short: "page up, down".

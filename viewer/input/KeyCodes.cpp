@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdio>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace tessarin::viewer {
 
@@ -84,6 +85,17 @@ std::string keyCode(int key) {
     std::array<char, 16> number{};
     std::snprintf(number.data(), number.size(), "0x%x", static_cast<unsigned>(key));
     return prefix + number.data();
+}
+
+bool isKeyCode(const std::string& text) {
+    static const std::unordered_set<std::string> all = [] {
+        constexpr int keys = 0x10000;
+        std::unordered_set<std::string> codes;
+        for (int key = 1; key < keys; ++key)
+            codes.insert(keyCode(key));
+        return codes;
+    }();
+    return all.count(text) > 0;
 }
 
 } // namespace tessarin::viewer

@@ -9,4 +9,7 @@ namespace tessarin::viewer {
 /// @param key of osgGA::GUIEventAdapter, without modifiers.
 std::string keyCode(int key);
 
+/// Whether a text is the code of any key.
+bool isKeyCode(const std::string& text);
+
 } // namespace tessarin::viewer

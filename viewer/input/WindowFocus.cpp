@@ -12,7 +12,7 @@ bool hasFocus(osg::GraphicsContext& window) {
     int revertTo = 0;
     XGetInputFocus(x11->getDisplay(), &focused, &revertTo);
     // Without a window manager the focus may be wherever the cursor is.
-    return focused == x11->getWindow() || focused == PointerRoot;
+    return focused == x11->getWindow() || focused == PointerRoot || focused == DefaultRootWindow(x11->getDisplay());
 }
 
 } // namespace tessarin::viewer
