@@ -49,7 +49,7 @@ WorldCore::WorldCore()
       ground(0, nullptr, &groundShape) {
     // A box on a plane, and whatever else has flat sides, gets its contacts at once, and not one a step.
     configuration.setPlaneConvexMultipointIterations(4, 4);
-    configuration.setConvexConvexMultipointIterations(4, 4);
+    configuration.setConvexConvexMultipointIterations(3, 3);
     world.setGravity(btVector3(0, 0, 0));
     // Bounds of what doesn't move stay as they are; whoever puts a body somewhere says so.
     world.setForceUpdateAllAabbs(false);
