@@ -8,6 +8,7 @@
 #include <gmtl/Matrix.h>
 #include <gmtl/Vec.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
@@ -48,8 +49,10 @@ const std::string ground = fixed + shape("<plane><equation>0 0 1 0</equation></p
 
 /// A COLLADA document put together piece by piece.
 struct ColladaScene {
+    explicit ColladaScene(const std::string& gravityOfIt = "0 0 -10") : gravity(gravityOfIt) {}
+
     std::string upAxis = "<up_axis>Z_UP</up_axis>";
-    std::string gravity = "0 0 -10";
+    std::string gravity;
     std::string geometries;
     std::string nodes;
     std::string bodies;
@@ -109,10 +112,11 @@ struct LoadedWorld final : DynamicsBodyFunctor {
         world->loadScene(file.path, placement, *this);
     }
 
-    void run(int steps) {
+    LoadedWorld& run(int steps) {
         for (int i = 0; i < steps; ++i) {
             world->step(world->getFixedStep());
         }
+        return *this;
     }
 
     DynamicsBody& body(const std::string& name) const {
@@ -143,15 +147,19 @@ struct LoadedWorld final : DynamicsBodyFunctor {
         return result;
     }
 
-    bool areNumbers() const {
-        bool result = true;
+    /// The elements of all poses.
+    std::vector<double> numbers() const {
+        std::vector<double> result;
         for (const auto& each : bodies) {
             const Pose pose = poseOf(*each);
-            for (int i = 0; i < 16; ++i) {
-                result = result && std::isfinite(pose.getData()[i]);
-            }
+            result.insert(result.end(), pose.getData(), pose.getData() + 16);
         }
         return result;
+    }
+
+    bool areNumbers() const {
+        const std::vector<double> all = numbers();
+        return std::all_of(all.begin(), all.end(), [](double number) { return std::isfinite(number); });
     }
 
     std::vector<std::unique_ptr<DynamicsJoint>> joints;

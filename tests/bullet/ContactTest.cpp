@@ -23,8 +23,7 @@ LoadedWorld onGround(const std::string& sticking, const std::string& sliding, co
     const std::string material = "<physics_material><technique_common><dynamic_friction>" + sliding +
                                  "</dynamic_friction><restitution>" + bounce + "</restitution><static_friction>" +
                                  sticking + "</static_friction></technique_common></physics_material>";
-    ColladaScene scene;
-    scene.gravity = gravity;
+    ColladaScene scene(gravity);
     scene.add("ground", "", material + ground);
     // On the shape, which counts where the body has none.
     scene.add("it", translate(0, 0, height), "<shape>" + material + what.substr(7), overrides);

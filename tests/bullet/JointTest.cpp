@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <limits>
+#include <tuple>
 #include <vector>
 
 namespace tessarin::dynamics::bullet {
@@ -57,8 +59,7 @@ ColladaScene pendulum(double degrees, const std::string& properties = "") {
 /// A ball of two units of mass in the air, held by a spring along X.
 ColladaScene springBall(double stiffness, const std::string& values, double start,
                         const std::string& gravity = "0 0 0") {
-    ColladaScene scene;
-    scene.gravity = gravity;
+    ColladaScene scene(gravity);
     scene.add("ball", translate(start, 0, 0), bob);
     addConstraint(
         scene, "slide",
@@ -71,42 +72,37 @@ ColladaScene springBall(double stiffness, const std::string& values, double star
 
 TEST(Joint, KindsFollowWhatIsFree) {
     const std::string none = "0 0 0";
-    const struct {
-        std::string linear[2];
-        std::string angular[2];
-        char kind; // revolute, prismatic or D6
-        JointAxis axis;
-        JointLimits limits;
-    } cases[] = {
-        {{none, none}, {"-45 0 0", "90 0 0"}, 'r', JointAxis::rotationX, {-pi / 4, pi / 2}},
-        {{none, none}, {"0 0 1", "0 0 -1"}, 'r', JointAxis::rotationZ, {-infinity, infinity}},
-        {{none, none}, {"0 -180 0", "0 180 0"}, 'r', turnY, {-infinity, infinity}},
-        {{none, none}, {"0 0 -3.4e38", "0 0 3.4e38"}, 'r', JointAxis::rotationZ, {-infinity, infinity}},
-        {{"0 -INF 0", "0 2 0"}, {none, none}, 'p', JointAxis::translationY, {-infinity, 2}},
-        {{"0 0 -1.#INF", "0 0 1.#INF"}, {none, none}, 'p', JointAxis::translationZ, {-infinity, infinity}},
-        {{"0 0 INF", "0 0 INF"}, {none, none}, 'p', JointAxis::translationZ, {-infinity, infinity}},
-        {{none, none}, {"30 0 0", "30 0 0"}, 'd', JointAxis::rotationX, {pi / 6, pi / 6}},
-        {{none, "1 0 0"}, {"0 -10 0", "0 10 0"}, 'd', turnY, {-pi / 18, pi / 18}},
-        {{none, none}, {"-INF -INF -INF", "INF INF INF"}, 'd', JointAxis::rotationX, {-infinity, infinity}},
+    // Both ends of the linear and of the angular limits, a revolute, prismatic or D6 joint, and what is free.
+    const std::tuple<std::array<std::string, 4>, char, JointAxis, JointLimits> cases[] = {
+        {{none, none, "-45 0 0", "90 0 0"}, 'r', JointAxis::rotationX, {-pi / 4, pi / 2}},
+        {{none, none, "0 0 1", "0 0 -1"}, 'r', JointAxis::rotationZ, {-infinity, infinity}},
+        {{none, none, "0 -180 0", "0 180 0"}, 'r', turnY, {-infinity, infinity}},
+        {{none, none, "0 0 -3.4e38", "0 0 3.4e38"}, 'r', JointAxis::rotationZ, {-infinity, infinity}},
+        {{"0 -INF 0", "0 2 0", none, none}, 'p', JointAxis::translationY, {-infinity, 2}},
+        {{"0 0 -1.#INF", "0 0 1.#INF", none, none}, 'p', JointAxis::translationZ, {-infinity, infinity}},
+        {{"0 0 INF", "0 0 INF", none, none}, 'p', JointAxis::translationZ, {-infinity, infinity}},
+        {{none, none, "30 0 0", "30 0 0"}, 'd', JointAxis::rotationX, {pi / 6, pi / 6}},
+        {{none, "1 0 0", "0 -10 0", "0 10 0"}, 'd', turnY, {-pi / 18, pi / 18}},
+        {{none, none, "-INF -INF -INF", "INF INF INF"}, 'd', JointAxis::rotationX, {-infinity, infinity}},
     };
-    for (const auto& each : cases) {
-        SCOPED_TRACE(each.linear[0] + " | " + each.angular[0]);
+    for (const auto& [ends, kind, axis, expected] : cases) {
+        SCOPED_TRACE(ends[0] + " | " + ends[2]);
         ColladaScene scene;
         scene.add("a", "", bob).add("b", "<translate>1 0 0</translate>", bob);
-        addConstraint(scene, "joint",
-                      {refAttachment("a", "<translate>1 0 0</translate>"), attachment("b"), each.linear[0],
-                       each.linear[1], each.angular[0], each.angular[1]});
+        addConstraint(
+            scene, "joint",
+            {refAttachment("a", "<translate>1 0 0</translate>"), attachment("b"), ends[0], ends[1], ends[2], ends[3]});
         const LoadedWorld loaded(scene);
         ASSERT_EQ(loaded.joints.size(), 1U);
         DynamicsJoint* joint = loaded.joints[0].get();
         EXPECT_EQ(joint->name, "joint");
-        EXPECT_EQ(dynamic_cast<DynamicsRevoluteJoint*>(joint) != nullptr, each.kind == 'r');
-        EXPECT_EQ(dynamic_cast<DynamicsPrismaticJoint*>(joint) != nullptr, each.kind == 'p');
-        EXPECT_EQ(dynamic_cast<DynamicsD6Joint*>(joint) != nullptr, each.kind == 'd');
-        EXPECT_EQ(jointOf(loaded).getMainAxis(), each.axis);
-        const JointLimits limits = jointOf(loaded).getLimits(each.axis);
-        EXPECT_DOUBLE_EQ(limits.lower, each.limits.lower);
-        EXPECT_DOUBLE_EQ(limits.upper, each.limits.upper);
+        EXPECT_EQ(dynamic_cast<DynamicsRevoluteJoint*>(joint) != nullptr, kind == 'r');
+        EXPECT_EQ(dynamic_cast<DynamicsPrismaticJoint*>(joint) != nullptr, kind == 'p');
+        EXPECT_EQ(dynamic_cast<DynamicsD6Joint*>(joint) != nullptr, kind == 'd');
+        EXPECT_EQ(jointOf(loaded).getMainAxis(), axis);
+        const JointLimits limits = jointOf(loaded).getLimits(axis);
+        EXPECT_DOUBLE_EQ(limits.lower, expected.lower);
+        EXPECT_DOUBLE_EQ(limits.upper, expected.upper);
     }
 }
 
@@ -156,8 +152,7 @@ TEST(Joint, LimitsHold) {
     for (const auto& [lower, upper] : {std::pair(-30.0, 20.0), {100.0, 250.0}}) {
         for (const double speed : {200.0, -200.0}) {
             SCOPED_TRACE(std::to_string(upper) + " at " + std::to_string(speed));
-            ColladaScene scene;
-            scene.gravity = "0 0 0";
+            ColladaScene scene("0 0 0");
             scene.add("arm", "<rotate>0 1 0 " + std::to_string((lower + upper) / 2) + "</rotate>", bob,
                       "<angular_velocity>0 " + std::to_string(speed) + " 0</angular_velocity>");
             addHinge(scene, origin, attachment("arm"), "0 " + std::to_string(lower) + " 0",
@@ -240,8 +235,7 @@ TEST(Joint, AJointThatIsNotEnabledHoldsNothing) {
 
 TEST(Joint, InterpenetrateLetsItsBodiesOverlap) {
     for (const bool overlaps : {true, false}) {
-        ColladaScene scene;
-        scene.gravity = "0 0 0";
+        ColladaScene scene("0 0 0");
         scene.add("a", "", box("1 1 1")).add("b", "<translate>1.5 0 0</translate>", box("1 1 1"));
         addConstraint(scene, "slide",
                       {refAttachment("a"), attachment("b"), "-INF 0 0", "INF 0 0", "0 0 0", "0 0 0",

@@ -11,8 +11,7 @@ namespace {
 /// The moment of inertia about the node's Z axis: what a torsion spring of one unit per radian swings by, about a
 /// target of ten degrees.
 double momentOf(const std::string& properties) {
-    ColladaScene scene;
-    scene.gravity = "0 0 0";
+    ColladaScene scene("0 0 0");
     scene.add("body", "<rotate>0 0 1 15</rotate>", properties);
     addHinge(scene, origin, attachment("body"), "0 0 1", "0 0 -1",
              "<spring><angular><target_value>10</target_value><stiffness>" + std::to_string(pi / 180) +
@@ -44,10 +43,7 @@ TEST(Mass, InertiaIsThatOfTheShapesOrAsGiven) {
     const double x = 2 * (4 * 2 * 0.5);
     const double y = 2 * (4 * 1 * 0.5);
     const double z = 2 * (4 * 1 * 2);
-    const struct {
-        std::string properties;
-        double moment;
-    } cases[] = {
+    const std::pair<std::string, double> cases[] = {
         {bar, 3 * 1.25 / 3},
         {"<inertia>1 1 4</inertia>" + bar, 4},
         {"<inertia>4 1 1</inertia><mass_frame><rotate>0 1 0 90</rotate></mass_frame>" + bar, 4},
@@ -61,8 +57,8 @@ TEST(Mass, InertiaIsThatOfTheShapesOrAsGiven) {
         {shape("<tapered_cylinder>" + cone + "</tapered_cylinder><rotate>1 0 0 90</rotate>"),
          0.3 * 3 * (1 - 0.03125) / (1 - 0.125)},
     };
-    for (const auto& each : cases) {
-        EXPECT_NEAR(momentOf("<mass>3</mass>" + each.properties), each.moment, 0.025 * each.moment) << each.properties;
+    for (const auto& [properties, moment] : cases) {
+        EXPECT_NEAR(momentOf("<mass>3</mass>" + properties), moment, 0.025 * moment) << properties;
     }
 }
 
@@ -71,8 +67,7 @@ TEST(Mass, IsWhatTheBodyOrItsShapesSay) {
     // restitution both go on together, with an eighth of the speed.
     for (const std::string& heavy :
          {"<mass>3.665191</mass>" + ball(), ball(0.5, "<mass>3.665191</mass>"), ball(0.5, "<density>7</density>")}) {
-        ColladaScene scene;
-        scene.gravity = "0 0 0";
+        ColladaScene scene("0 0 0");
         scene.add("light", "<translate>-2 0 0</translate>", ball(), "<velocity>4 0 0</velocity>");
         scene.add("heavy", "", heavy);
         LoadedWorld loaded(scene);

@@ -64,8 +64,7 @@ TEST(Places, FollowNestedAndInstancedNodes) {
 }
 
 TEST(Places, PlacementGoesOnTop) {
-    ColladaScene scene;
-    scene.gravity = "0 0 -5";
+    ColladaScene scene("0 0 -5");
     scene.add("box", "<translate>1 0 0</translate>", box("1 1 1"), "<velocity>1 0 0</velocity>");
     LoadedWorld loaded;
     Pose placement;

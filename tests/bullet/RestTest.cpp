@@ -148,8 +148,7 @@ TEST(Rest, ASurfaceCarriesWhereItIsAndNotInNotchesAndHoles) {
 
 TEST(Rest, AStackStandsAndSleeps) {
     for (const double size : {0.1, 1.0, 20.0}) {
-        ColladaScene scene;
-        scene.gravity = "0 0 -9.81";
+        ColladaScene scene("0 0 -9.81");
         scene.add("ground", "", ground);
         const std::string half = std::to_string(size / 2);
         for (int i = 0; i < 10; ++i) {
