@@ -208,8 +208,11 @@ void BulletBody::onStepped() {
         }
         return;
     }
-    TESSARIN_LOG(logCategory(), logging::Logger::errorLevel,
-                 "body '" << name << "' has left the range of numbers, it is stopped where it was last");
+    if (!hasBeenStopped) {
+        TESSARIN_LOG(logCategory(), logging::Logger::errorLevel,
+                     "body '" << name << "' has left the range of numbers, it is stopped where it was last");
+        hasBeenStopped = true; // what drives it out does so again in the next step
+    }
     body.setLinearVelocity(btVector3(0, 0, 0));
     body.setAngularVelocity(btVector3(0, 0, 0));
     body.setWorldTransform(lastPlace);

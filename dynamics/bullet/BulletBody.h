@@ -96,6 +96,7 @@ private:
     btRigidBody body;
     btTransform lastPlace;
     bool isPoseUnread = true;
+    bool hasBeenStopped = false;
     std::uint64_t lastMovedStep = 0;
 };
 

@@ -32,60 +32,8 @@ std::string nameOf(const Element& instance, const Element& constraint) {
 
 } // namespace
 
-std::string lastStep(const std::string& reference) {
-    const std::string_view step = trimmed(reference);
-    const std::size_t separator = step.find_last_of("#/");
-    return std::string(separator == std::string_view::npos ? step : step.substr(separator + 1));
-}
-
-const Element* namedIn(const Element* model, std::string_view tag, const std::string& name, std::size_t index) {
-    const std::vector<const Element*> candidates = childrenOf(model, tag);
-    for (const char* attribute : {"sid", "id", "name"}) {
-        const Element* last = nullptr;
-        std::size_t count = 0;
-        for (const Element* candidate : candidates) {
-            if (candidate->getAttributeValue(attribute) == name) {
-                last = candidate;
-                if (count++ == index) {
-                    break;
-                }
-            }
-        }
-        if (last) {
-            return last;
-        }
-    }
-    return nullptr;
-}
-
-const Element* findInModels(const Document& document, const Element& root, const Element* model, std::string_view tag,
-                            const std::string& reference, std::size_t index) {
-    const std::string name = lastStep(reference);
-    if (name.empty()) {
-        const std::vector<const Element*> candidates = childrenOf(model, tag);
-        return candidates.size() == 1 ? candidates[0] : nullptr;
-    }
-    if (const Element* found = namedIn(model, tag, name, index)) {
-        return found;
-    }
-    for (const Element* nested : childrenOf(model, "instance_physics_model")) {
-        const Element* nestedModel = document.find(nested->getAttributeValue("url"), "physics_model");
-        if (const Element* found = namedIn(nestedModel, tag, name, index)) {
-            return found;
-        }
-    }
-    for (const Element* library : childrenOf(&root, "library_physics_models")) {
-        for (const Element* anyModel : childrenOf(library, "physics_model")) {
-            if (const Element* found = namedIn(anyModel, tag, name, index)) {
-                return found;
-            }
-        }
-    }
-    return nullptr;
-}
-
-Constraints::Constraints(const Document& file, const Element& rootElement, const Nodes& fileNodes)
-    : document(file), root(rootElement), nodes(fileNodes) {}
+Constraints::Constraints(const Document& file, Models& fileModels, const Nodes& fileNodes)
+    : document(file), models(fileModels), nodes(fileNodes) {}
 
 void Constraints::addBody(int scope, const Element* body, const Element& node, std::size_t index) {
     if (body) {
@@ -98,17 +46,16 @@ void Constraints::addBody(int scope, const Element* body, const Element& node, s
 void Constraints::addConstraint(int scope, const Element& instance, const Element* model, const Affine& placement) {
     const std::string reference = instance.getAttributeValue("constraint");
     // Exporters give several constraints one sid and instance it as many times; each is meant once.
-    const std::size_t index = timesInstanced[{scope, lastStep(reference)}]++;
-    const Element* constraint = findInModels(document, root, model, "rigid_constraint", reference, index);
-    if (constraint) {
-        constraints.push_back({scope, &instance, constraint, model, placement});
+    const std::size_t index = timesInstanced[{scope, stepsOf(reference)}]++;
+    const Models::Found found = models.find(scope, model, "rigid_constraint", reference, index);
+    if (found.element) {
+        constraints.push_back({found.scope, &instance, found.element, placement});
     } else {
-        document.complain(instance,
-                          "there is no rigid constraint '" + lastStep(reference) + "', the joint is left out");
+        document.complain(instance, "there is no rigid constraint '" + reference + "', the joint is left out");
     }
 }
 
-std::vector<ConstraintInstance> Constraints::resolve() const {
+std::vector<ConstraintInstance> Constraints::resolve() {
     std::vector<ConstraintInstance> result;
     for (const Pending& pending : constraints) {
         if (std::optional<ConstraintInstance> constraint = resolve(pending)) {
@@ -118,7 +65,7 @@ std::vector<ConstraintInstance> Constraints::resolve() const {
     return result;
 }
 
-std::optional<ConstraintInstance> Constraints::resolve(const Pending& pending) const {
+std::optional<ConstraintInstance> Constraints::resolve(const Pending& pending) {
     const Element& constraint = *pending.constraint;
     ConstraintInstance result;
     result.label = describe(constraint);
@@ -136,7 +83,7 @@ std::optional<ConstraintInstance> Constraints::resolve(const Pending& pending) c
     return result;
 }
 
-bool Constraints::resolveSide(const Pending& pending, const Element* side, Attachment& attachment) const {
+bool Constraints::resolveSide(const Pending& pending, const Element* side, Attachment& attachment) {
     const std::string reference = side ? side->getAttributeValue("rigid_body") : std::string();
     Affine frame = pending.placement;
     bool hasNode = false;
@@ -160,13 +107,14 @@ bool Constraints::resolveSide(const Pending& pending, const Element* side, Attac
     return true;
 }
 
-std::optional<std::size_t> Constraints::findBody(const Pending& pending, const std::string& reference) const {
-    if (const Element* body = findInModels(document, root, pending.model, "rigid_body", reference)) {
-        const auto inScope = bodiesOfScope.find({pending.scope, body});
+std::optional<std::size_t> Constraints::findBody(const Pending& pending, const std::string& reference) {
+    const Models::Found body = models.find(pending.scope, pending.constraint->getParent(), "rigid_body", reference);
+    if (body.element) {
+        const auto inScope = bodiesOfScope.find({body.scope, body.element});
         if (inScope != bodiesOfScope.end()) {
             return inScope->second;
         }
-        const auto anywhere = bodies.find(body);
+        const auto anywhere = bodies.find(body.element);
         if (anywhere != bodies.end()) {
             return anywhere->second;
         }

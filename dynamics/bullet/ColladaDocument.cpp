@@ -3,6 +3,7 @@
 #include <dynamics/bullet/ColladaNumbers.h>
 #include <dynamics/bullet/DynamicsLog.h>
 
+#include <charconv>
 #include <utility>
 
 namespace tessarin::dynamics::bullet::collada {
@@ -12,6 +13,28 @@ namespace {
 /// No id has a blank in it.
 std::string keyOf(std::string_view tag, std::string_view id) {
     return std::string(tag).append(" ").append(id);
+}
+
+/// With the "%20" of an URL as the characters that they stand for.
+std::string unescaped(std::string_view text) {
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        unsigned char code = 0;
+        const char* const digits = text.data() + i + 1;
+        const bool isEscape = text[i] == '%' && i + 2 < text.size();
+        if (isEscape && std::from_chars(digits, digits + 2, code, 16).ptr == digits + 2) {
+            result += static_cast<char>(code);
+            i += 2;
+        } else {
+            result += text[i];
+        }
+    }
+    return result;
+}
+
+std::string nameOfFile(const std::string& path) {
+    const std::size_t separator = path.find_last_of("/\\");
+    return separator == std::string::npos ? path : path.substr(separator + 1);
 }
 
 } // namespace
@@ -54,13 +77,23 @@ void Document::indexIds() {
     }
 }
 
+const Element* Document::findId(const std::string& id, std::string_view tag) const {
+    const auto found = elementsById.find(tag.empty() ? id : keyOf(tag, id));
+    return found == elementsById.end() ? nullptr : found->second;
+}
+
 const Element* Document::find(std::string_view reference, std::string_view tag) const {
     std::string_view id = trimmed(reference);
-    if (!id.empty() && id[0] == '#') {
-        id.remove_prefix(1);
+    const std::size_t sign = id.find('#');
+    if (sign != std::string_view::npos) {
+        const std::string_view file = id.substr(0, sign);
+        if (!file.empty() && nameOfFile(unescaped(file)) != nameOfFile(path)) {
+            return nullptr;
+        }
+        id.remove_prefix(sign + 1);
     }
-    const auto found = elementsById.find(tag.empty() ? std::string(id) : keyOf(tag, id));
-    return found == elementsById.end() ? nullptr : found->second;
+    const Element* asItStands = findId(std::string(id), tag);
+    return asItStands ? asItStands : findId(unescaped(id), tag);
 }
 
 void Document::complain(const Element& element, const std::string& reason) const {
@@ -98,16 +131,32 @@ std::vector<const Element*> childrenOf(const Element* element) {
     return childrenOf(element, {});
 }
 
+std::vector<std::string> stepsOf(std::string_view reference) {
+    std::vector<std::string> steps;
+    std::string_view rest = trimmed(reference);
+    while (!rest.empty()) {
+        const std::string_view step = rest.substr(0, rest.find_first_of("#/"));
+        rest.remove_prefix(step.size() < rest.size() ? step.size() + 1 : step.size());
+        if (!step.empty() && step != ".") {
+            steps.emplace_back(step);
+        }
+    }
+    return steps;
+}
+
 std::string describe(const Element& element) {
-    std::string text = "<" + element.tag;
     for (const char* attribute : {"url", "target", "body", "id", "sid", "name"}) {
         const auto found = element.attributes.find(attribute);
         if (found != element.attributes.end()) {
-            text += " " + found->first + "=\"" + found->second + "\"";
-            break;
+            return "<" + element.tag + " " + attribute + "=\"" + found->second + "\">";
         }
     }
-    return text + ">";
+    const Element* around = element.getParent();
+    while (around && around->attributes.empty()) {
+        around = around->getParent();
+    }
+    const bool isNamed = around && around->getParent();
+    return (isNamed ? describe(*around) + " " : std::string()) + "<" + element.tag + ">";
 }
 
 std::optional<double> numberIn(const Element* element) {

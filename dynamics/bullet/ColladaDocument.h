@@ -23,8 +23,8 @@ public:
     /// Null, with one message, if the file can't be read or isn't COLLADA.
     const Element* load();
 
-    /// What an url or a target like "#id" leads to; the sign may be missing. Null if there is no such element
-    /// with the tag asked for. An empty tag fits all.
+    /// What an url or a target like "#id" leads to; the sign may be missing, and the name of this file may stand before
+    /// it. Null if there is no such element with the tag asked for. An empty tag fits all.
     const Element* find(std::string_view reference, std::string_view tag = {}) const;
 
     /// One message at level 300: the file, the element by its tag and what names it, and the reason.
@@ -34,6 +34,7 @@ public:
 
 private:
     void indexIds();
+    const Element* findId(const std::string& id, std::string_view tag) const;
 
     std::string path;
     xml_parser::XMLNodeCreator reader;
@@ -50,7 +51,11 @@ std::vector<const Element*> childrenOf(const Element* element, std::string_view 
 /// All children, in document order.
 std::vector<const Element*> childrenOf(const Element* element);
 
-/// The element's tag with the first of its attributes url, target, body, id, sid and name that it has.
+/// The steps of a path of sids such as "./left/wheel", without those that lead nowhere and the sign of a reference.
+std::vector<std::string> stepsOf(std::string_view reference);
+
+/// The element's tag with the first of its attributes url, target, body, id, sid and name that it has. If it has none,
+/// the nearest element around it that has one comes first.
 std::string describe(const Element& element);
 
 /// Of an element with one finite number in it.

@@ -144,7 +144,7 @@ std::shared_ptr<const Mesh> Meshes::readData(const Element& element) {
         const auto mesh = std::make_shared<Mesh>();
         mesh->vertices = readVertices(element);
         for (const Element* child : childrenOf(&element)) {
-            appendTriangles(*child, mesh->triangles);
+            appendTriangles(*child, mesh->vertices, mesh->triangles);
         }
         if (tidy(*mesh)) {
             document.complain(element, "some triangles have vertices that aren't there or are no numbers");

@@ -11,8 +11,8 @@ namespace tessarin::dynamics::bullet::collada {
 
 /// Reads the positions and triangles of geometries, each once however often it is used.
 ///
-/// Polygons become fans of triangles, and holes in them are filled. Lines are left out. A triangle with an index or a
-/// coordinate that isn't there is left out, with one message for its mesh.
+/// Polygons are cut into triangles, around their holes. Lines are left out. A triangle with an index or a coordinate
+/// that isn't there is left out, with one message for its mesh.
 class Meshes {
 public:
     explicit Meshes(const Document& file) : document(file) {}

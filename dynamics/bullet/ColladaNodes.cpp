@@ -65,6 +65,21 @@ bool readTransform(const Element& element, Affine& placement) {
     return true;
 }
 
+/// The first node below an element with that sid.
+const Element* nodeBelow(const Element& element, const std::string& sid) {
+    std::vector<const Element*> open = {&element};
+    while (!open.empty()) {
+        const Element* place = open.back();
+        open.pop_back();
+        if (place != &element && place->getAttributeValue("sid") == sid) {
+            return place;
+        }
+        const std::vector<const Element*> below = childrenOf(place, "node");
+        open.insert(open.end(), below.rbegin(), below.rend());
+    }
+    return nullptr;
+}
+
 } // namespace
 
 Affine placementOf(const Document& document, const Element& element) {
@@ -155,7 +170,19 @@ const Element* Nodes::find(const std::string& target) const {
     }
     const std::string_view name = trimmed(target);
     const auto byName = nodesByName.find(std::string(name.substr(!name.empty() && name[0] == '#' ? 1 : 0)));
-    return byName == nodesByName.end() ? nullptr : byName->second;
+    return byName == nodesByName.end() ? findByPath(target) : byName->second;
+}
+
+const Element* Nodes::findByPath(const std::string& target) const {
+    const std::vector<std::string> steps = stepsOf(target);
+    if (steps.size() < 2) {
+        return nullptr;
+    }
+    const Element* place = document.find(steps[0]);
+    for (std::size_t i = 1; place && i < steps.size(); ++i) {
+        place = nodeBelow(*place, steps[i]);
+    }
+    return place;
 }
 
 Affine Nodes::nodeToWorld(const Element& node) const {

@@ -24,7 +24,8 @@ public:
     /// its first instance in the picture.
     Nodes(const Document& document, const Element& root);
 
-    /// The node element that a rigid body's target means: by id, else by name or sid. Null if there is none.
+    /// The node element that a rigid body's target means: by id, else by name or sid, else by a path of an id and the
+    /// sids below it. Null if there is none.
     const Element* find(const std::string& target) const;
 
     /// From the node to the world, scale included.
@@ -37,6 +38,7 @@ public:
     static std::string nameOf(const Element& node);
 
 private:
+    const Element* findByPath(const std::string& target) const;
     void visitAll(const Element* root, const Affine& toWorld);
     void visit(const Element& node, const Affine& parentToWorld);
 

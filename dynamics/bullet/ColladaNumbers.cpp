@@ -39,7 +39,10 @@ bool NumberReader::read(Number& number) {
     } else if (error != std::errc()) {
         return false;
     }
-    const std::string_view rest(behind, static_cast<std::size_t>(end - behind));
+    std::string_view rest(behind, static_cast<std::size_t>(end - behind));
+    if (rest.substr(0, 1) == "," && (rest.size() == 1 || space.find(rest[1]) != std::string_view::npos)) {
+        rest.remove_prefix(1);
+    }
     if (!rest.empty() && space.find(rest[0]) == std::string_view::npos) {
         return false;
     }

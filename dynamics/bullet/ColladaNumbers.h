@@ -6,7 +6,7 @@
 
 namespace tessarin::dynamics::bullet::collada {
 
-/// Takes the numbers of an XML list one by one, whatever the locale.
+/// Takes the numbers of an XML list one by one, whatever the locale. A comma behind a number is passed over.
 class NumberReader {
 public:
     explicit NumberReader(std::string_view listText) : text(listText) {}

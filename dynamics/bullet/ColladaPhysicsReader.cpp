@@ -29,8 +29,8 @@ const Element* propertiesOf(const Element& element) {
 } // namespace
 
 PhysicsReader::PhysicsReader(const Document& file, const Element& rootElement)
-    : document(file), root(rootElement), nodes(file, rootElement), meshes(file), constraints(file, rootElement, nodes) {
-}
+    : document(file), root(rootElement), nodes(file, rootElement), meshes(file), models(file, rootElement),
+      constraints(file, models, nodes) {}
 
 Physics PhysicsReader::read() {
     std::set<const Element*> read;
@@ -108,7 +108,7 @@ void PhysicsReader::readModelInstance(const Element& instance, const Scope& oute
 }
 
 PhysicsReader::Scope PhysicsReader::enter(const Element& instance, const Element* model, const Scope& outer) {
-    Scope scope = {model, modelInstances, outer.frame, outer.parents};
+    Scope scope = {model, models.enter(outer.number, instance), outer.frame, outer.parents};
     const Affine placement = placementOf(document, instance);
     scope.frame = scope.frame * placement;
     const std::string parent = instance.getAttributeValue("parent");
@@ -161,8 +161,10 @@ const Element* PhysicsReader::findTargetNode(const Element& instance, const Elem
 }
 
 void PhysicsReader::readBodyInstance(const Element& instance, const Scope& scope) {
-    const Element* body = findInModels(document, root, scope.model, "rigid_body", instance.getAttributeValue("body"));
-    const Element* overrides = childOf(&instance, "technique_common");
+    const Models::Found found =
+        models.find(scope.number, scope.model, "rigid_body", instance.getAttributeValue("body"));
+    const Element* body = found.element;
+    const Element* overrides = propertiesOf(instance);
     if (!body && !childOf(overrides, "shape")) {
         document.complain(instance, "there is no such rigid body, it is left out");
         return;
@@ -184,7 +186,7 @@ void PhysicsReader::readBodyInstance(const Element& instance, const Scope& scope
     }
     readProperties(overrides, result.body);
     readMotion(overrides, result);
-    constraints.addBody(scope.number, body, *node, physics.bodies.size());
+    constraints.addBody(found.scope, body, *node, physics.bodies.size());
     physics.bodies.push_back(std::move(result));
 }
 

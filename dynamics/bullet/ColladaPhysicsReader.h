@@ -3,6 +3,7 @@
 #include <dynamics/bullet/ColladaConstraints.h>
 #include <dynamics/bullet/ColladaDocument.h>
 #include <dynamics/bullet/ColladaMeshes.h>
+#include <dynamics/bullet/ColladaModels.h>
 #include <dynamics/bullet/ColladaNodes.h>
 #include <dynamics/bullet/ColladaPhysics.h>
 
@@ -30,6 +31,8 @@ private:
     struct Scope {
         /// Null if there is none.
         const Element* model;
+
+        /// Of Models.
         int number;
 
         /// To the world, up-axis turned.
@@ -53,6 +56,7 @@ private:
     const Element& root;
     Nodes nodes;
     Meshes meshes;
+    Models models;
     Constraints constraints;
     std::set<const Element*> openModels;
     int modelInstances = 0;

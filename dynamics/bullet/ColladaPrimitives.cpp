@@ -9,9 +9,6 @@ namespace tessarin::dynamics::bullet::collada {
 
 namespace {
 
-using Indices = std::vector<unsigned>;
-using Triangles = std::vector<std::array<unsigned, 3>>;
-
 /// Where the vertex stands among the indices of one corner, and how many those are.
 struct CornerLayout {
     long vertexOffset = 0;
@@ -45,12 +42,6 @@ Indices vertexIndices(const Element& list, const CornerLayout& layout) {
     return result;
 }
 
-void appendFan(const Indices& corners, std::size_t first, std::size_t count, Triangles& triangles) {
-    for (std::size_t i = 2; i < count; ++i) {
-        triangles.push_back({corners[first], corners[first + i - 1], corners[first + i]});
-    }
-}
-
 void appendStrip(const Indices& corners, Triangles& triangles) {
     for (std::size_t i = 2; i < corners.size(); ++i) {
         // Each second triangle of a strip runs the other way round.
@@ -59,39 +50,54 @@ void appendStrip(const Indices& corners, Triangles& triangles) {
     }
 }
 
-void appendPolylist(const Element& primitives, const Indices& corners, Triangles& triangles) {
+void appendPolylist(const Element& primitives, const Indices& corners, const std::vector<Vector3>& vertices,
+                    Triangles& triangles) {
     const Element* counts = childOf(&primitives, "vcount");
     NumberReader reader(counts ? std::string_view(counts->text) : std::string_view());
-    std::size_t first = 0;
+    auto first = corners.begin();
     long count = 0;
-    while (reader.next(count) && count >= 0 && static_cast<std::size_t>(count) <= corners.size() - first) {
-        appendFan(corners, first, static_cast<std::size_t>(count), triangles);
-        first += static_cast<std::size_t>(count);
+    while (reader.next(count) && count >= 0 && count <= corners.end() - first) {
+        appendPolygon(vertices, Indices(first, first + count), {}, triangles);
+        first += count;
+    }
+}
+
+void appendPolygons(const Element& primitives, const CornerLayout& layout, const std::vector<Vector3>& vertices,
+                    Triangles& triangles) {
+    for (const Element* polygon : childrenOf(&primitives, "p")) {
+        appendPolygon(vertices, vertexIndices(*polygon, layout), {}, triangles);
+    }
+    for (const Element* polygonWithHoles : childrenOf(&primitives, "ph")) {
+        std::vector<Indices> holes;
+        for (const Element* hole : childrenOf(polygonWithHoles, "h")) {
+            holes.push_back(vertexIndices(*hole, layout));
+        }
+        if (const Element* outline = childOf(polygonWithHoles, "p")) {
+            appendPolygon(vertices, vertexIndices(*outline, layout), holes, triangles);
+        }
     }
 }
 
 } // namespace
 
-void appendTriangles(const Element& primitives, Triangles& triangles) {
+void appendTriangles(const Element& primitives, const std::vector<Vector3>& vertices, Triangles& triangles) {
     const std::string_view tag = localTag(primitives);
-    if (tag != "triangles" && tag != "polylist" && tag != "polygons" && tag != "tristrips" && tag != "trifans") {
+    const CornerLayout layout = layoutOf(primitives);
+    if (tag == "polygons") {
+        appendPolygons(primitives, layout, vertices, triangles);
         return;
     }
-    const CornerLayout layout = layoutOf(primitives);
-    std::vector<const Element*> lists = childrenOf(&primitives, "p");
-    for (const Element* polygonWithHoles : childrenOf(&primitives, "ph")) {
-        if (const Element* outline = childOf(polygonWithHoles, "p")) {
-            lists.push_back(outline);
-        }
+    if (tag != "triangles" && tag != "polylist" && tag != "tristrips" && tag != "trifans") {
+        return;
     }
-    for (const Element* list : lists) {
+    for (const Element* list : childrenOf(&primitives, "p")) {
         const Indices corners = vertexIndices(*list, layout);
         if (tag == "triangles") {
             for (std::size_t i = 0; i + 3 <= corners.size(); i += 3) {
                 appendFan(corners, i, 3, triangles);
             }
         } else if (tag == "polylist") {
-            appendPolylist(primitives, corners, triangles);
+            appendPolylist(primitives, corners, vertices, triangles);
         } else if (tag == "tristrips") {
             appendStrip(corners, triangles);
         } else {

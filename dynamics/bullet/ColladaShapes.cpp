@@ -188,13 +188,16 @@ std::optional<Shape> readShape(const Document& document, const Element& element,
     if (!geometry) {
         return std::nullopt;
     }
+    const auto numberOf = [&](const char* tag) {
+        const std::optional<double> number = numberIn(childOf(&element, tag));
+        if (!number && childOf(&element, tag)) {
+            document.complain(*childOf(&element, tag), "is no number and is left out");
+        }
+        return number;
+    };
     const Element* hollow = childOf(&element, "hollow");
-    return Shape{*geometry,
-                 placementOf(document, element),
-                 numberIn(childOf(&element, "mass")),
-                 numberIn(childOf(&element, "density")),
-                 hollow && readBool(hollow->text),
-                 readMaterial(document, &element)};
+    return Shape{*geometry,           placementOf(document, element),   numberOf("mass"),
+                 numberOf("density"), hollow && readBool(hollow->text), readMaterial(document, &element)};
 }
 
 } // namespace tessarin::dynamics::bullet::collada

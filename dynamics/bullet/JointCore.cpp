@@ -17,7 +17,8 @@ constexpr double pi = 3.14159265358979323846;
 constexpr double radiansPerDegree = pi / 180;
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
-/// Lengths beyond this are never reached, and some exporters write the largest number there is for infinity.
+/// Lengths and degrees beyond this are never reached, and some exporters write the largest number there is for
+/// infinity.
 constexpr double farthestLimit = 1e12;
 
 /// What part of a velocity a spring may take away in one step. A stiffer one is softened to that and damped, or it
@@ -30,18 +31,22 @@ constexpr int solverIterations = 100;
 /// How much of what the attachments are apart is taken back in one step.
 constexpr btScalar recovery = 0.4F;
 
-JointLimits linearLimits(double lower, double upper) {
-    if (lower > upper || (lower < -farthestLimit && upper > farthestLimit)) {
-        return {-infinity, infinity};
-    }
-    return {lower < -farthestLimit ? -infinity : lower, upper > farthestLimit ? infinity : upper};
+/// Limits with what is never reached as infinity. Two of one sign leave nothing to reach, which nobody means.
+JointLimits reachableLimits(double lower, double upper) {
+    const auto reachable = [](double limit) {
+        return std::abs(limit) > farthestLimit ? std::copysign(infinity, limit) : limit;
+    };
+    const JointLimits limits = {reachable(lower), reachable(upper)};
+    const bool holds = limits.lower < infinity && limits.upper > -infinity && lower <= upper;
+    return holds ? limits : JointLimits{-infinity, infinity};
 }
 
-JointLimits angularLimits(double lower, double upper) {
+JointLimits angularLimits(double givenLower, double givenUpper) {
+    const auto [lower, upper] = reachableLimits(givenLower, givenUpper);
     // A stop on one side only would be met again from behind after a turn, so the other one is half a turn away.
     const double low = std::isfinite(lower) || !std::isfinite(upper) ? lower : std::min(upper, 0.0) - 180;
     const double high = std::isfinite(upper) || !std::isfinite(lower) ? upper : std::max(lower, 0.0) + 180;
-    if (low > high || high - low >= 360) {
+    if (high - low >= 360) {
         return {-infinity, infinity};
     }
     return {low * radiansPerDegree, high * radiansPerDegree};
@@ -139,7 +144,7 @@ void JointCore::disconnect() {
 
 void JointCore::setLimits(const collada::ConstraintInstance& description) {
     for (std::size_t i = 0; i < 3; ++i) {
-        limits[i] = linearLimits(description.linear.lower[i], description.linear.upper[i]);
+        limits[i] = reachableLimits(description.linear.lower[i], description.linear.upper[i]);
         limits[3 + i] = angularLimits(description.angular.lower[i], description.angular.upper[i]);
     }
     for (std::size_t axis = 0; axis < 6; ++axis) {

@@ -47,8 +47,9 @@ public:
 WorldCore::WorldCore()
     : dispatcher(&configuration), world(&dispatcher, &broadphase, &solver, &configuration),
       ground(0, nullptr, &groundShape) {
-    // A box on a plane gets its four contacts at once, and not one a step.
+    // A box on a plane, and whatever else has flat sides, gets its contacts at once, and not one a step.
     configuration.setPlaneConvexMultipointIterations(4, 4);
+    configuration.setConvexConvexMultipointIterations(3, 3);
     world.setGravity(btVector3(0, 0, 0));
     // Bounds of what doesn't move stay as they are; whoever puts a body somewhere says so.
     world.setForceUpdateAllAabbs(false);

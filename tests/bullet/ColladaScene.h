@@ -8,6 +8,8 @@
 #include <gmtl/Matrix.h>
 #include <gmtl/Vec.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -22,14 +24,40 @@ namespace tessarin::dynamics::bullet {
 
 using Pose = gmtl::Matrix<double, 4, 4>;
 
+inline std::string shape(const std::string& geometry) {
+    return "<shape>" + geometry + "</shape>";
+}
+
+inline std::string box(const std::string& half, const std::string& more = "") {
+    return shape("<box><half_extents>" + half + "</half_extents></box>" + more);
+}
+
+inline std::string ball(double radius = 0.5, const std::string& more = "") {
+    return shape("<sphere><radius>" + std::to_string(radius) + "</radius></sphere>" + more);
+}
+
+inline std::string mesh(const std::string& id) {
+    return shape("<instance_geometry url='#" + id + "'/>");
+}
+
+inline std::string translate(double x, double y, double z) {
+    return "<translate>" + std::to_string(x) + " " + std::to_string(y) + " " + std::to_string(z) + "</translate>";
+}
+
+const std::string fixed = "<dynamic>false</dynamic>";
+const std::string ground = fixed + shape("<plane><equation>0 0 1 0</equation></plane>");
+
 /// A COLLADA document put together piece by piece.
 struct ColladaScene {
+    explicit ColladaScene(const std::string& gravityOfIt = "0 0 -10") : gravity(gravityOfIt) {}
+
     std::string upAxis = "<up_axis>Z_UP</up_axis>";
-    std::string gravity = "0 0 -10";
+    std::string gravity;
     std::string geometries;
     std::string nodes;
     std::string bodies;
     std::string instances;
+    std::string models;
 
     /// A node, a body of its name and the instance that ties the two.
     ColladaScene& add(const std::string& name, const std::string& transforms, const std::string& properties,
@@ -41,21 +69,17 @@ struct ColladaScene {
         return *this;
     }
 
-    ColladaScene& addGround() {
-        return add("ground", "", "<dynamic>false</dynamic><shape><plane><equation>0 0 1 0</equation></plane></shape>");
-    }
-
     std::string text() const {
-        return "<?xml version='1.0'?><COLLADA xmlns='http://www.collada.org/2005/11/COLLADASchema' version='1.4.1'>"
-               "<asset><created>2024-01-01T00:00:00Z</created><modified>2024-01-01T00:00:00Z</modified>" +
+        return "<COLLADA xmlns='http://www.collada.org/2005/11/COLLADASchema' version='1.4.1'><asset>"
+               "<created>2024-01-01T00:00:00Z</created><modified>2024-01-01T00:00:00Z</modified>" +
                upAxis + "</asset><library_geometries>" + geometries +
                "</library_geometries><library_visual_scenes><visual_scene id='view'>" + nodes +
                "</visual_scene></library_visual_scenes><library_physics_models><physics_model id='model'>" + bodies +
-               "</physics_model></library_physics_models><library_physics_scenes><physics_scene id='physics'>"
-               "<instance_physics_model url='#model'>" +
-               instances + "</instance_physics_model><technique_common><gravity>" + gravity +
-               "</gravity></technique_common></physics_scene></library_physics_scenes><scene>"
-               "<instance_physics_scene url='#physics'/><instance_visual_scene url='#view'/></scene></COLLADA>";
+               "</physics_model>" + models + "</library_physics_models><library_physics_scenes><physics_scene id='p'>" +
+               "<instance_physics_model url='#model'>" + instances +
+               "</instance_physics_model><technique_common><gravity>" + gravity +
+               "</gravity></technique_common></physics_scene></library_physics_scenes><scene><instance_physics_scene "
+               "url='#p'/><instance_visual_scene url='#view'/></scene></COLLADA>";
     }
 };
 
@@ -64,9 +88,8 @@ class ScratchFile {
 public:
     explicit ScratchFile(const std::string& text) {
         static int count = 0;
-        path = (std::filesystem::temp_directory_path() /
-                ("tessarin_" + std::to_string(getpid()) + "_" + std::to_string(++count) + ".dae"))
-                   .string();
+        const std::string name = "tessarin_" + std::to_string(getpid()) + "_" + std::to_string(++count) + ".dae";
+        path = (std::filesystem::temp_directory_path() / name).string();
         std::ofstream(path) << text;
     }
     ~ScratchFile() { std::remove(path.c_str()); }
@@ -78,24 +101,22 @@ public:
 
 /// A world with what a document holds.
 struct LoadedWorld final : DynamicsBodyFunctor {
-    explicit LoadedWorld(const ColladaScene& scene) : LoadedWorld(scene.text()) {}
-    explicit LoadedWorld(const std::string& text) {
-        const ScratchFile file(text);
-        world->loadScene(file.path, Pose(), *this);
-    }
+    LoadedWorld() = default;
+    explicit LoadedWorld(const ColladaScene& scene) { load(scene.text()); }
 
     void visitJoint(DynamicsJoint* joint) override { joints.emplace_back(joint); }
     void visitBody(DynamicsBody* newBody) override { bodies.emplace_back(newBody); }
 
-    void load(const ColladaScene& scene, const Pose& placement) {
-        const ScratchFile file(scene.text());
+    void load(const std::string& text, const Pose& placement = Pose()) {
+        const ScratchFile file(text);
         world->loadScene(file.path, placement, *this);
     }
 
-    void run(int steps) {
+    LoadedWorld& run(int steps) {
         for (int i = 0; i < steps; ++i) {
             world->step(world->getFixedStep());
         }
+        return *this;
     }
 
     DynamicsBody& body(const std::string& name) const {
@@ -107,11 +128,13 @@ struct LoadedWorld final : DynamicsBodyFunctor {
         throw std::runtime_error("no body " + name);
     }
 
-    Pose pose(const std::string& name) const {
-        Pose result;
-        body(name).getMatrix(result);
-        return result;
+    static Pose poseOf(DynamicsBody& body) {
+        Pose pose;
+        body.getMatrix(pose);
+        return pose;
     }
+
+    Pose pose(const std::string& name) const { return poseOf(body(name)); }
 
     /// A coordinate of a body's position.
     double at(const std::string& name, unsigned axis) const { return pose(name)(axis, 3); }
@@ -124,56 +147,64 @@ struct LoadedWorld final : DynamicsBodyFunctor {
         return result;
     }
 
+    /// The elements of all poses.
+    std::vector<double> numbers() const {
+        std::vector<double> result;
+        for (const auto& each : bodies) {
+            const Pose pose = poseOf(*each);
+            result.insert(result.end(), pose.getData(), pose.getData() + 16);
+        }
+        return result;
+    }
+
+    bool areNumbers() const {
+        const std::vector<double> all = numbers();
+        return std::all_of(all.begin(), all.end(), [](double number) { return std::isfinite(number); });
+    }
+
     std::vector<std::unique_ptr<DynamicsJoint>> joints;
     std::vector<std::unique_ptr<DynamicsBody>> bodies;
     // Goes first, so that every test has bodies that outlive their world.
     std::unique_ptr<BulletDynamicsWorld> world = std::make_unique<BulletDynamicsWorld>();
 };
 
-/// The mesh of an axis-aligned box as a geometry whose faces are written as `primitives` says: polylist, polygons,
-/// triangles, tristrips or trifans. Normals take the second index of each corner.
+inline std::string faces(const std::string& tag, const std::string& lists) {
+    return "<" + tag + "><input semantic='VERTEX' offset='0'/>" + lists + "</" + tag + ">";
+}
+
+inline std::string geometry(const std::string& id, const std::string& positions, const std::string& primitives,
+                            const std::string& tag = "mesh", const std::string& accessor = "stride='3'") {
+    return "<geometry id='" + id + "'><" + tag + "><source id='" + id + "-p'><float_array id='" + id + "-a'>" +
+           positions + "</float_array><technique_common><accessor source='#" + id + "-a' " + accessor +
+           "/></technique_common></source><vertices><input semantic='POSITION' source='#" + id + "-p'/></vertices>" +
+           primitives + "</" + tag + "></geometry>";
+}
+
+/// The mesh of an axis-aligned box whose faces are written as polylist, polygons, triangles, tristrips or trifans.
+/// Normals take the second index of each corner, and something stands before and between the positions.
 inline std::string boxGeometry(const std::string& id, const std::string& half, const std::string& primitives,
                                const std::string& tag = "mesh") {
-    const std::string& h = half;
-    std::string positions;
+    std::string positions = "7 ";
     for (int i = 0; i < 8; ++i) {
         for (const int bit : {1, 2, 4}) {
-            positions += (i & bit ? "" : "-") + h + "\r\n";
+            positions += (i & bit ? "" : "-") + half + "\r\n";
         }
+        positions += "9 ";
     }
-    const int faces[6][4] = {{0, 2, 3, 1}, {4, 5, 7, 6}, {0, 1, 5, 4}, {2, 6, 7, 3}, {0, 4, 6, 2}, {1, 3, 7, 5}};
-    std::string lists;
-    std::string counts;
-    const auto corner = [](int index) { return std::to_string(index) + " 0\t"; };
-    for (const auto& f : faces) {
-        if (primitives == "triangles") {
-            for (const int i : {0, 1, 2, 0, 2, 3}) {
-                lists += corner(f[i]);
-            }
-        } else {
-            const bool strip = primitives == "tristrips";
-            const std::string face = corner(f[0]) + corner(f[1]) + corner(f[strip ? 3 : 2]) + corner(f[strip ? 2 : 3]);
-            lists += primitives == "polylist" ? face : "<p>" + face + "</p>";
-            counts += "4 ";
+    const int quads[6][4] = {{0, 2, 3, 1}, {4, 5, 7, 6}, {0, 1, 5, 4}, {2, 6, 7, 3}, {0, 4, 6, 2}, {1, 3, 7, 5}};
+    const bool isOneList = primitives == "triangles" || primitives == "polylist";
+    const std::string order = primitives == "triangles" ? "012023" : primitives == "tristrips" ? "0132" : "0123";
+    std::string lists = primitives == "polylist" ? "<vcount>4 4 4 4 4 4</vcount><p>" : isOneList ? "<p>" : "";
+    for (const auto& quad : quads) {
+        lists += isOneList ? "" : "<p>";
+        for (const char place : order) {
+            lists += std::to_string(quad[place - '0']) + " 0\t";
         }
+        lists += isOneList ? "" : "</p>";
     }
-    if (primitives == "triangles" || primitives == "polylist") {
-        lists = "<p>" + lists + "</p>";
-    }
-    if (primitives == "polylist") {
-        lists = "<vcount>" + counts + "</vcount>" + lists;
-    }
-    const std::string source = "<technique_common><accessor source='#" + id +
-                               "-a' count='8' stride='3'><param name='X' type='float'/><param name='Y' type='float'/>"
-                               "<param name='Z' type='float'/></accessor></technique_common></source>";
-    return "<geometry id='" + id + "'><" + tag + "><source id='" + id + "-p'><float_array id='" + id +
-           "-a' count='24'>" + positions + "</float_array>" + source + "<source id='" + id + "-n'><float_array id='" +
-           id + "-na' count='3'>0 0 1</float_array></source><vertices id='" + id +
-           "-v'><input semantic='POSITION' source='#" + id + "-p'/></vertices><" + primitives +
-           " count='6'><input semantic='VERTEX' offset='0' source='#" + id +
-           "-v'/><input semantic='NORMAL' offset='1' "
-           "source='#" +
-           id + "-n'/>" + lists + "</" + primitives + "></" + tag + "></geometry>";
+    return geometry(id, positions,
+                    faces(primitives, "<input semantic='NORMAL' offset='1'/>" + lists + (isOneList ? "</p>" : "")), tag,
+                    "stride='4' offset='1' count='8'");
 }
 
 } // namespace tessarin::dynamics::bullet
