@@ -1,26 +1,38 @@
 #pragma once
 
 #include <agent/AgentNode.h>
-#include <agent/Component.h>
+#include <agent/GeometryComponent.h>
+#include <agent/JointComponent.h>
+#include <agent/RigidBodyComponent.h>
+#include <agent/SceneGraphModifierComponent.h>
 #include <agent/SimObjectDB.h>
 #include <agent/SimObjectFactory.h>
+#include <agent/VisualModelComponent.h>
 #include <tests/doubles/LogCapture.h>
+#include <tests/doubles/ModelLoaderDouble.h>
+#include <tests/doubles/PhysicsDoubles.h>
 #include <tests/doubles/RecordingComponent.h>
 
 #include <gmtl/MatrixOps.h>
 #include <gmtl/QuatOps.h>
 #include <gmtl/VecOps.h>
+#include <osg/MatrixTransform>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <locale>
 #include <memory>
+#include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
 namespace tessarin::agent {
 
+using doubles::BodyDouble;
+using doubles::JointDouble;
 using doubles::Journal;
 using doubles::LogCapture;
 using doubles::RecordingComponent;
@@ -72,11 +84,9 @@ inline gmtl::Vec<double, 3> vec(double x, double y, double z) {
 }
 
 /// Whether the node stands in the group, and how often.
-inline int entriesIn(AgentNode& node, const osg::Node* child) {
-    int entries = 0;
-    for (unsigned i = 0; i < node.getOsgTransform()->getNumChildren(); ++i)
-        entries += node.getOsgTransform()->getChild(i) == child;
-    return entries;
+inline long entriesIn(AgentNode& node, const osg::Node* child) {
+    const osg::Node::ParentList parents = child->getParents();
+    return std::count(parents.begin(), parents.end(), node.getOsgTransform().get());
 }
 
 /// As long as it lives, numbers are written in another way wherever the locale has its say.

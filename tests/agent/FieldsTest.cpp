@@ -3,12 +3,10 @@
 #include <agent/Accessor.h>
 #include <agent/AgentFactory.h>
 #include <agent/BehaviourComponent.h>
-#include <agent/VisualModelComponent.h>
 
 #include <cfloat>
 #include <cmath>
 #include <limits>
-#include <sstream>
 
 namespace tessarin::agent {
 namespace {
@@ -16,21 +14,15 @@ namespace {
 /// Gives the text of a value, having made sure that it comes back equal, through both text and value.
 template <class T>
 std::string throughText(const T& value) {
-    struct {
-        double before = 1.0;
-        T field{};
-        double behind = 2.0;
-    } object;
-    Accessor<T> accessor(
-        static_cast<std::size_t>(reinterpret_cast<char*>(&object.field) - reinterpret_cast<char*>(&object)));
-    T given = value, copy{};
-    accessor.setValue(&object, &given);
-    const std::string text = accessor.getAsString(&object);
-    object.field = T{};
-    accessor.setAsString(&object, text);
-    accessor.getValue(&object, &copy);
-    accessor.getValue(&object, &accessor.get(&object)); // the field itself: nothing happens
-    EXPECT_TRUE(object.field == value && copy == value && object.before == 1.0 && object.behind == 2.0) << text;
+    T object[3] = {}, given = value, copy{};
+    Accessor<T> accessor(sizeof(T)); // the second of the three
+    accessor.setValue(object, &given);
+    const std::string text = accessor.getAsString(object);
+    object[1] = T{};
+    accessor.setAsString(object, text);
+    accessor.getValue(object, &copy);
+    accessor.getValue(object, &accessor.get(object)); // the field itself: nothing happens
+    EXPECT_TRUE(object[1] == value && copy == value && object[0] == T{} && object[2] == T{}) << text;
     return text;
 }
 
@@ -75,14 +67,13 @@ public:
     void update() override { getAgentNode()->setPosition(getAgentNode()->getPosition() + vec(speed, 0, 0)); }
     AccessorWithObject getAccessor(const std::string& fieldName) override {
         // Both accessors take the field's own address for the start of the object.
-        static Accessor<std::string> textAccessor(0);
+        static Accessor<std::string> textAccessor(0); // both take the field's own address for the object's
         static Accessor<double> numberAccessor(0);
-        if (fieldName == "axis")
-            return {&textAccessor, &axis};
         if (fieldName == "thrown")
             throw std::runtime_error("no field");
-        return fieldName == "speed" ? AccessorWithObject{&numberAccessor, &speed}
-                                    : BehaviourComponent::getAccessor(fieldName);
+        return fieldName == "axis"    ? AccessorWithObject{&textAccessor, &axis}
+               : fieldName == "speed" ? AccessorWithObject{&numberAccessor, &speed}
+                                      : BehaviourComponent::getAccessor(fieldName);
     }
     void getFieldNames(std::list<std::string>& names) override {
         names.insert(names.end(), {"axis", "ghost", "thrown", "speed"}); // the second has no accessor
@@ -103,9 +94,7 @@ TEST(HostClasses, ABehaviourIsMadeByADocumentRunsAndIsWritten) {
             "<AgentNode><Component class='Spinner'><field name='axis' value='x'/><field name='speed' value='fast'/>"
             "<field name='thrown' value='y'/></Component></AgentNode>"));
         ASSERT_NE(node, nullptr);
-        EXPECT_THAT(log.take(),
-                    testing::IsSupersetOf({"300 The hook setAsString let out an exception: no field",
-                                           "600 Component Spinner does not implement getSupportedEvents."}));
+        EXPECT_THAT(log.takeErrors(), ElementsAre("The hook setAsString let out an exception: no field"));
         node->sendEvent(AgentEvent::UPDATE);
         EXPECT_TRUE(node->getPosition() == vec(1, 0, 0)) << "text that is no number leaves the field";
 
@@ -113,13 +102,10 @@ TEST(HostClasses, ABehaviourIsMadeByADocumentRunsAndIsWritten) {
         Component* const spinner = node->getComponent("Spinner");
         EXPECT_EQ(spinner->setValue("axis", "y")->setValue("speed", "2")->setValue("ghost", "x"), spinner);
         EXPECT_EQ(spinner->getAsString("axis") + spinner->getAsString("speed") + spinner->getAsString("ghost"), "y1");
-        spinner->setAsString("speed", "2.5");
-
         std::ostringstream text;
         node->createXml(text);
-        EXPECT_THAT(text.str(), testing::HasSubstr("<Component class=\"Spinner\" name=\"Spinner\">\n"
-                                                   "    <field name=\"axis\" value=\"y\"/>\n"
-                                                   "    <field name=\"speed\" value=\"2.5\"/>\n"));
+        EXPECT_THAT(text.str(), testing::HasSubstr("name=\"Spinner\">\n    <field name=\"axis\" value=\"y\"/>\n"
+                                                   "    <field name=\"speed\" value=\"1\"/>\n  </Component>"));
         EXPECT_THAT(log.takeErrors(), ElementsAre("The hook getAsString let out an exception: no field"));
         node->addComponent((new Spinner)->asComponent());
         EXPECT_EQ(Spinner::alive, 2);
@@ -131,11 +117,10 @@ struct Impostor : SimObject, doubles::Counted<Impostor> { // a registered class 
     const char* getClassName() override { return "Impostor"; }
 };
 
-struct ThrowingFactory final : SimObjectFactory {
-    SimObject* create() override { throw std::runtime_error("sold out"); }
-};
-
 TEST(SimObjectDB, MakesRegisteredClassesByExactName) {
+    struct ThrowingFactory final : SimObjectFactory {
+        SimObject* create() override { throw std::runtime_error("sold out"); }
+    };
     static SimObjectFactoryFor<Impostor> impostor;
     static ThrowingFactory throwing;
     LogCapture log;
@@ -159,10 +144,10 @@ TEST(SimObjectDB, MakesRegisteredClassesByExactName) {
         std::istringstream stream(text);
         return std::unique_ptr<SimObject>(database.createObjectFromXML(stream));
     };
-    const auto agent = read("<AgentNode><Component class='JointComponent'/></AgentNode>");
-    EXPECT_NE(dynamic_cast<AgentNode&>(*agent).getComponent("JointComponent"), nullptr);
-    const auto made =
-        read("<Component class='VisualModelComponent' name='c'><field name='filePath' value='f'/></Component>");
+    const std::string component = "<Component class='VisualModelComponent' name='c'><field name='filePath' value='f'/>"
+                                  "</Component>";
+    const auto agent = read("<AgentNode>" + component + "</AgentNode>"), made = read(component);
+    EXPECT_NE(dynamic_cast<AgentNode&>(*agent).getComponent("c"), nullptr);
     EXPECT_EQ(made->getName() + dynamic_cast<VisualModelComponent&>(*made).getAsString("filePath"), "cf");
     EXPECT_TRUE(!read("<Other/>") && !read("<AgentNode>"));
 }
@@ -179,25 +164,19 @@ TEST(AgentFactory, MakesAgentsOfOneNameAndHandsThemOn) {
     AgentNode root;
     Placing factory(root);
     AgentNode* const first = factory.createAndAddAgent();
-    const Owned second(factory.createAgent());
+    const Owned second(factory.createAgent()), plain(AgentFactory().createAndAddAgent());
     EXPECT_EQ(first->getOsgTransform()->getName(), "AgentNode MatTrans truck");
-    EXPECT_EQ(first->getParent(), &root);
-    EXPECT_EQ(second->getParent(), nullptr);
-    EXPECT_EQ(factory.getFactoryName(), "Placing");
+    EXPECT_TRUE(first->getParent() == &root && !second->getParent());
+    EXPECT_EQ(factory.getFactoryName() + plain->getName() + AgentFactory().getFactoryName(),
+              "PlacingAgentNodeAgentFactory");
 
-    const Owned plain(AgentFactory().createAndAddAgent());
-    EXPECT_EQ(plain->getName(), "AgentNode");
-    EXPECT_EQ(AgentFactory().getFactoryName(), "AgentFactory");
-
-    EXPECT_EQ(AgentFactory::getRootAgent(), nullptr);
-    EXPECT_EQ(AgentFactory::getSceneData(), nullptr);
+    EXPECT_TRUE(!AgentFactory::getRootAgent() && !AgentFactory::getSceneData());
     const osg::ref_ptr<osg::Group> scene = new osg::Group;
     for (int i = 0; i < 2; ++i)
         AgentFactory::setSceneData(scene);
-    EXPECT_EQ(scene->referenceCount(), 2);
-    EXPECT_EQ(AgentFactory::getSceneData(), scene);
     AgentFactory::setRootAgent(&root);
-    EXPECT_EQ(AgentFactory::getRootAgent(), &root);
+    EXPECT_TRUE(AgentFactory::getRootAgent() == &root && AgentFactory::getSceneData() == scene);
+    EXPECT_EQ(scene->referenceCount(), 2);
     AgentFactory::setRootAgent(nullptr);
     AgentFactory::setSceneData(nullptr);
     EXPECT_EQ(scene->referenceCount(), 1);

@@ -2,11 +2,8 @@
 #include <tests/agent/AgentTest.h>
 
 #include <cmath>
-#include <random>
-#include <sstream>
 
 namespace tessarin::agent {
-
 namespace {
 
 /// "pr=" for a press, a release and the level, "-" in the place of each that is false.
@@ -57,17 +54,13 @@ public:
     }
 };
 
-} // namespace
-
 TEST(VirtualInputs, KeepTheFirstDefinitionUnderTheirNameAndStayWhereTheyAre) {
     OpenInput input;
     LogCapture log("input");
     input.addVirtualInput({"turn", "key d", "key a", 1.0f, 0.25f, 2});
-    input.addVirtualInput({"turn", "other", ""});
     EXPECT_THAT(log.take(), ElementsAre("600 Adding virtual input turn\n  axis   2\n  joyNum -1\n  pos    key d\n"
-                                        "  neg    key a\n  dead   0.25",
-                                        "600 Adding virtual input turn\n  axis   -1\n  joyNum -1\n  pos    other\n"
-                                        "  neg    \n  dead   0"));
+                                        "  neg    key a\n  dead   0.25"));
+    input.addVirtualInput({"turn", "other", ""});
     VirtualInput& turn = input.getVirtualInput("turn");
     const InputStatus& axis = input.getJoystickAxis(0, 0);
     for (int i = -200; i < 200; ++i) {
@@ -97,12 +90,12 @@ TEST(Buttons, HaveCodesThatAreLoggedAndKeptOnlyWhileEnabled) {
         input.pressMouseButton(4);
         input.releaseMouseButton(4);
         input.pressButton("");
-        EXPECT_EQ(testing::PrintToString(log.take()),
-                  enabled ? R"({ "600 Press \"joystick button 3\"", "600 Release \"joystick -2 button 0\"", )"
-                            R"("600 Press \"mouse 4\"", "600 Release \"mouse 4\"", "600 Press \"\"" })"
-                          : "{}");
+        Journal lines = log.take();
+        EXPECT_EQ(take(lines), enabled ? "600 Press \"joystick button 3\" 600 Release \"joystick -2 button 0\" "
+                                         "600 Press \"mouse 4\" 600 Release \"mouse 4\" 600 Press \"\""
+                                       : "");
+        input.getAxis("turn"); // questions keep nothing
         EXPECT_EQ(input.flagsOf("turn") + input.flagsOf("code") + input.flagsOf("unbound"), "---------");
-        input.getAxis("turn");
         for (const char* const code : {"", "pos", "neg", "code", "unbound", "mouse 4", "joystick button 3"})
             EXPECT_EQ(input.getInputStatus(code) != nullptr, enabled) << code;
     }
@@ -143,26 +136,20 @@ TEST(VirtualInputs, CombineAxisAndButtonsAndFollowNamesOneLevel) {
 
 TEST(AxisMovesProperty, MatchesAListOfAllValues) {
     std::mt19937 random(1);
-    const float odd[] = {NAN, -INFINITY, INFINITY, -0.0f};
-    const auto draw = [&] {
-        const auto number = random();
-        return number % 16 == 0 ? odd[number / 16 % 4] : static_cast<float>(number / 16 % 41) / 20.0f - 1.0f;
-    };
-    AxisMoves moves;
+    const auto draw = [&] { return random() % 16 > 0 ? static_cast<float>(random() % 41) : NAN; };
     for (int frame = 0; frame < 20000; ++frame) {
-        std::vector<float> values{draw()};
+        AxisMoves moves;
         const float threshold = draw();
         bool rose = false, fell = false;
-        moves.clear();
+        float last = draw();
         for (auto count = random() % 8; count > 0; --count) {
-            const float last = values.back();
-            values.push_back(draw());
-            moves.add(last, values.back());
-            rose = rose || (!(last > threshold) && values.back() > threshold);
-            fell = fell || (last > threshold && !(values.back() > threshold));
+            const float next = draw();
+            moves.add(last, next);
+            rose = rose || (!(last > threshold) && next > threshold);
+            fell = fell || (last > threshold && !(next > threshold));
+            last = next;
         }
-        ASSERT_EQ(moves.roseAbove(threshold), rose) << threshold << testing::PrintToString(values);
-        ASSERT_EQ(moves.cameBackTo(threshold), fell) << threshold << testing::PrintToString(values);
+        ASSERT_TRUE(moves.roseAbove(threshold) == rose && moves.cameBackTo(threshold) == fell) << frame;
     }
 }
 
@@ -171,9 +158,9 @@ TEST(InputDump, ShowsAllNamesAndWhatIsNotAtRest) {
     input.addVirtualInput({"turn", "right", "left", 0.5f, 0.0f, 2});
     input.addVirtualInput({"jump", "k", ""});
     input.play("+k -0.25");
+    for (const float value : {1.0f, 0.0f})
+        input.setJoystickAxisValue(2, 0, value);
     input.setJoystickAxisValue(0, 3, 0.11f); // in the zone and never out of it
-    input.setJoystickAxisValue(2, 0, 1.0f);
-    input.setJoystickAxisValue(2, 0, 0.0f);
     EXPECT_EQ(input.dump(), ",jump=1,turn=-0.125,k  wasPressed isPressed, joy -1:2  -0.25 wasPressed isPressed"
                             ", joy 2:0  wasPressed wasReleased");
     EXPECT_EQ(OpenInput(input).dump(), "") << "copies start with empty tables";
@@ -184,24 +171,24 @@ TEST(InputDump, ShowsAllNamesAndWhatIsNotAtRest) {
 TEST(Mouse, GoesOnWhileDisabledButForTheScrollingFlag) {
     EXPECT_EQ(RecordingComponent().input(), Input::instance());
     OpenInput input;
-    const auto expect = [&](int expectedX, int expectedY, double expectedDelta, bool scrolling) {
+    const auto mouse = [&] {
         int x = 0, y = 0;
         double delta = 0.0;
         input.getMouse(x, y);
         input.getMouseScrollDelta(delta);
-        EXPECT_TRUE(x == expectedX && y == expectedY && delta == expectedDelta) << x << ' ' << y << ' ' << delta;
-        EXPECT_EQ(input.isMouseScrolling(), scrolling);
+        return testing::PrintToString(std::tuple(x, y, delta, input.isMouseScrolling()));
     };
-    expect(0, 0, 0, false);
+    EXPECT_EQ(mouse(), "(0, 0, 0, false)");
     input.setEnabled(false);
     input.setMouse(3, -4);
     input.updateMouseScrollDelta(-2);
     input.update();
-    expect(3, -4, -2, false);
+    EXPECT_EQ(mouse(), "(3, -4, -2, false)");
     input.setEnabled(true);
-    expect(3, -4, -2, true);
+    EXPECT_EQ(mouse(), "(3, -4, -2, true)");
     input.updateMouseScrollDelta(0);
-    expect(3, -4, 0, false);
+    EXPECT_EQ(mouse(), "(3, -4, 0, false)");
 }
 
+} // namespace
 } // namespace tessarin::agent

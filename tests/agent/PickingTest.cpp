@@ -4,20 +4,14 @@
 
 #include <osg/Geode>
 #include <osg/Geometry>
-#include <osg/MatrixTransform>
 #include <osgViewer/GraphicsWindow>
 
-namespace tessarin::agent {
+#include <array>
 
+namespace tessarin::agent {
 namespace {
 
 using Adapter = osgGA::GUIEventAdapter;
-
-struct NoAction : osgGA::GUIActionAdapter {
-    void requestRedraw() override {}
-    void requestContinuousUpdate(bool) override {}
-    void requestWarpPointer(float, float) override {}
-};
 
 constexpr float overA = 15, overB = 35, overBelow = 55, overC = 75, nowhere = 95;
 
@@ -42,24 +36,21 @@ struct Picking : testing::Test {
     AgentNode* add(const std::string& name, int x, int z, AgentNode* parent = nullptr) {
         AgentNode* const agent = (parent ? parent : root.get())->addChild(name);
         listeners[name] = listen(agent, journal, everything);
-        osg::ref_ptr<osg::Geode> geode = new osg::Geode;
-        geode->addDrawable(osg::createTexturedQuadGeometry({}, {10, 0, 0}, {0, 100, 0}));
         osg::ref_ptr<osg::MatrixTransform> place = new osg::MatrixTransform(osg::Matrix::translate(x, 0, z));
-        place->addChild(geode);
+        place->addChild(shapes[name] = new osg::Geode);
+        shapes[name]->asGeode()->addDrawable(osg::createTexturedQuadGeometry({}, {10, 0, 0}, {0, 100, 0}));
         agent->getOsgTransform()->addChild(place);
-        shapes[name] = geode;
         return agent;
     }
 
-    /// Whether the handler says that it has used the event, what the agents heard of it, and whether the button is
-    /// down.
+    /// Whether the handler has used the event, what the agents heard of it, and whether the button is down.
     std::string send(Adapter::EventType type, float x, int button = 0) {
         osg::ref_ptr<Adapter> event = new Adapter;
         event->setEventType(type);
         event->setX(x);
         event->setY(40.75f);
         event->setButton(button);
-        const bool used = handler->handle(*event, action, nullptr, nullptr);
+        const bool used = handler->handle(*event, *elsewhere, nullptr, nullptr);
         const bool isDown = input.isButtonCodePressed("mouse " + std::to_string(button));
         return (used ? "used " : "") + take(journal) + (isDown ? " down" : "");
     }
@@ -88,33 +79,28 @@ struct Picking : testing::Test {
     Input& input = *Input::instance();
     Journal journal;
     Owned root = std::make_unique<AgentNode>("root");
-    osg::ref_ptr<osgViewer::Viewer> viewer = new osgViewer::Viewer;
+    osg::ref_ptr<osgViewer::Viewer> viewer = new osgViewer::Viewer, elsewhere = new osgViewer::Viewer;
     osg::ref_ptr<AgentNodeEventHandler> handler;
     std::map<std::string, RecordingComponent*> listeners{{"root", listen(root.get(), journal, everything)}};
     std::map<std::string, osg::Node*> shapes;
     AgentNode *a, *b;
-    NoAction action;
 };
-
-} // namespace
 
 TEST_F(Picking, TakesTheHighestPriorityThenTheNearestThenTheDeepest) {
     AgentNode* const parent = root->addChild("parent");
     listen(parent, journal, everything);
     AgentNode* const agents[] = {root.get(), parent, add("near", 70, 10, parent), add("far", 70, 0)};
-    struct {
-        int priorities[4]; // root, parent, near, far
-        const char *found, *hit;
-    } const rows[] = {
+    const std::tuple<std::array<int, 4>, const char*, const char*> rows[] = {
+        // priorities, found, hit
         {{1, 1, 1, 1}, "near", "near"},    {{1, 2, 1, 2}, "parent", "near"}, {{1, 1, 1, 2}, "far", "far"},
         {{2, 1, 1, 2}, "root", "near"},    {{0, 0, 0, 0}, "near", "near"},   {{-1, -1, -1, 0}, "far", "far"},
         {{-2, -1, 0, -1}, "near", "near"}, {{1, 1, 7, 7}, "near", "near"},   {{-1, -1, -1, -7}, "", "near"}};
-    for (const auto& row : rows) {
-        for (int i = 0; i < 4; ++i)
-            agents[i]->setSelectionPriority(row.priorities[i]);
+    for (const auto& [priorities, found, hit] : rows) {
+        for (std::size_t i = 0; i < 4; ++i)
+            agents[i]->setSelectionPriority(priorities[i]);
         const std::string heard = send(Adapter::DRAG, overC);
-        EXPECT_EQ(heard.substr(0, heard.find(".mouseDrag")), *row.found ? std::string("used ") + row.found : "");
-        EXPECT_EQ(input.getClickedNode(), shapes[row.hit]) << "what was hit, and untouched by a search in vain";
+        EXPECT_EQ(heard.substr(0, heard.find(".mouseDrag")), *found ? std::string("used ") + found : "");
+        EXPECT_EQ(input.getClickedNode(), shapes[hit]) << "what was hit, and untouched by a search in vain";
     }
 }
 
@@ -124,8 +110,8 @@ TEST_F(Picking, SendsButtonsAndDragsToTheBranchUnderTheCursor) {
         EXPECT_EQ(send(Adapter::PUSH, overB, button), "used b.mousePress below.mousePress down");
         EXPECT_EQ(send(Adapter::DRAG, overBelow, button), "used below.mouseDrag down");
         EXPECT_EQ(send(Adapter::RELEASE, overA, button), "used a.mouseRelease");
-        EXPECT_EQ(send(Adapter::PUSH, nowhere, button), " down");
-        EXPECT_EQ(send(Adapter::DRAG, nowhere, button), " down");
+        for (const auto type : {Adapter::PUSH, Adapter::DRAG})
+            EXPECT_EQ(send(type, nowhere, button), " down");
         EXPECT_EQ(send(Adapter::RELEASE, nowhere, button), "");
         handler->setDoFindAgentUnderCursor(button > 1); // which frames alone follow
     }
@@ -191,17 +177,16 @@ TEST_F(Picking, OutlivesItsRootAndItsViewer) {
     EXPECT_EQ(send(Adapter::RESIZE, overA), "");
 }
 
-/// Whose hook ends whom, and in which way.
-using End = std::tuple<std::pair<const char*, const char*>, const char*, char>;
-
-struct Ends : Picking, testing::WithParamInterface<End> {};
+/// Whose hook ends whom, and in which way: deleted, removed or marked.
+struct Ends : Picking, testing::WithParamInterface<std::tuple<std::string, std::string, char>> {};
 
 TEST_P(Ends, InsideAHookLeaveNothingBehind) {
     const auto& [hook, victim, way] = GetParam();
     Owned removed;
     bool happened = false;
     frame(overA);
-    listeners[hook.first]->actions[hook.second] = [&, name = std::string(victim), how = way] {
+    const std::size_t dot = hook.find('.');
+    listeners[hook.substr(0, dot)]->actions[hook.substr(dot + 1)] = [&, name = victim, how = way] {
         AgentNode* const agent = name == "root" ? root.get() : AgentNode::getAgentNode(name);
         if (std::exchange(happened, true))
             return;
@@ -219,21 +204,19 @@ TEST_P(Ends, InsideAHookLeaveNothingBehind) {
         heard += send(type, overB) + ' ';
     heard += frame(overA, overB, overBelow, overA);
     EXPECT_TRUE(happened);
-    for (const auto& [name, x] : {std::pair("a", overA), {"b", overB}, {"below", overBelow}}) {
+    for (const auto& [name, x] : {std::pair<std::string, float>("a", overA), {"b", overB}, {"below", overBelow}}) {
         EXPECT_EQ(send(Adapter::DRAG, x).empty(), !root || !root->hasAgent(name, 2)) << name;
-        const std::size_t end = heard.find(name + std::string(".deleted"));
+        const std::size_t end = heard.find(name + ".deleted");
         EXPECT_EQ(end == std::string::npos, AgentNode::getAgentNode(name) != nullptr) << heard;
-        EXPECT_TRUE(end == std::string::npos || heard.find(name + std::string("."), end + 1) == std::string::npos);
+        EXPECT_TRUE(end == std::string::npos || heard.find(name + '.', end + 1) == std::string::npos) << heard;
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(OfEach, Ends,
-                         testing::Combine(testing::Values(std::pair("a", "mouseExit"), std::pair("b", "mouseEnter"),
-                                                          std::pair("below", "mouseEnter"), std::pair("b", "mouseOver"),
-                                                          std::pair("b", "mousePress"), std::pair("b", "mouseDrag"),
-                                                          std::pair("b", "mouseRelease"),
-                                                          std::pair("root", "windowResize"),
-                                                          std::pair("b", "windowResize")),
+                         testing::Combine(testing::Values("a.mouseExit", "b.mouseEnter", "below.mouseEnter",
+                                                          "b.mouseOver", "b.mousePress", "b.mouseDrag",
+                                                          "b.mouseRelease", "root.windowResize", "b.windowResize"),
                                           testing::Values("a", "b", "below", "root"), testing::Values('d', 'r', 'm')));
 
+} // namespace
 } // namespace tessarin::agent

@@ -1,10 +1,12 @@
 #include <tests/agent/AgentTest.h>
 
-#include <agent/SceneGraphModifierComponent.h>
+#include <gmtl/Generate.h>
 
-#include <osg/MatrixTransform>
+#include <osg/AutoTransform>
+#include <osg/PositionAttitudeTransform>
 
 #include <new>
+#include <numeric>
 
 namespace tessarin::agent {
 namespace {
@@ -48,18 +50,14 @@ TEST(AgentNode, TheDestructorTakesTheBranchDepthFirst) {
         for (AgentNode* const node : {&root, a, a->addChild("deep"), root.addChild("b")}) {
             RecordingComponent* const first = listen(node, journal);
             first->osgNode = new osg::Node;
-            node->getOsgTransform()->addChild(first->osgNode);
             first->actions["deleted"] = [&, first] { journal.push_back("of " + first->getAgentNode()->getName()); };
-            listen(node, journal);
             transforms.push_back(node->getOsgTransform());
         }
     }
-    EXPECT_EQ(take(journal), "root.deleted of root root.deleted a.deleted of a a.deleted deep.deleted of deep "
-                             "deep.deleted b.deleted of b b.deleted");
-    for (const auto& transform : transforms) {
-        EXPECT_EQ(transform->getNumParents() + transform->getNumChildren(), 0u);
-        EXPECT_EQ(AgentNode::getAgentNode(transform), nullptr);
-    }
+    EXPECT_EQ(take(journal), "root.deleted of root a.deleted of a deep.deleted of deep b.deleted of b");
+    for (const auto& transform : transforms)
+        EXPECT_TRUE(transform->getNumParents() + transform->getNumChildren() == 0 &&
+                    !AgentNode::getAgentNode(transform));
 }
 
 TEST(AgentNode, WorksWithAnotherTransformAndWithNone) {
@@ -75,7 +73,6 @@ TEST(AgentNode, WorksWithAnotherTransformAndWithNone) {
     component->osgNode = new osg::Node;
     const Owned removed(root.addChild("removed"));
     removed->setOsgTransform(nullptr);
-    removed->addChild("below");
     root.removeChild(removed.get());
     child->markForRemoval();
     EXPECT_EQ(send(root, journal), "update");
@@ -88,11 +85,10 @@ TEST(AgentNode, MarkedChildrenGoAtTheEndOfTheirParentsNextEvent) {
     for (const int count : {3, 40, 200}) {
         SCOPED_TRACE(count);
         AgentNode root, second;
-        for (int i = 0; i < count; ++i)
-            root.addChild(std::to_string(i));
         Journal staying;
-        for (AgentNode* const child : root.getChildren()) {
-            if (child->getName().back() % 3 == 0)
+        for (int i = 0; i < count; ++i) {
+            AgentNode* const child = root.addChild(std::to_string(i));
+            if (i % 10 % 3 == 0)
                 child->markForRemoval();
             else
                 staying.push_back(child->getName());
@@ -113,28 +109,30 @@ TEST(AgentNode, MarkedChildrenGoAtTheEndOfTheirParentsNextEvent) {
 }
 
 TEST(AgentNode, ListedTwiceIsVisitedTwiceAndDeletedOnce) {
-    Journal journal;
-    AgentNode other("other");
     for (const bool marked : {true, false}) {
-        AgentNode root("root");
-        AgentNode* const twice = root.addChild("twice");
-        root.addChild("between");
-        root.addChild(twice);
-        other.addChild(twice);
-        listen(twice, journal);
-        EXPECT_EQ(childNames(root) + ' ' + send(root, journal), "twice between twice twice.update twice.update");
-        root.removeChild(twice);
-        EXPECT_EQ(childNames(root), "between");
-        EXPECT_EQ(root.getOsgTransform()->getNumChildren(), 1u);
-        root.addChild(twice);
-        root.addChild(twice);
-        if (marked)
-            twice->markForRemoval();
-        root.sendEvent(AgentEvent::POST_UPDATE);
-        EXPECT_EQ(take(journal) + childNames(other), marked ? "twice.deleted" : "twice");
+        Journal journal;
+        AgentNode other("other");
+        {
+            AgentNode root("root");
+            AgentNode* const twice = root.addChild("twice");
+            root.addChild("between");
+            listen(twice, journal);
+            for (AgentNode* const parent : {&other, &root})
+                parent->addChild(twice);
+            EXPECT_EQ(childNames(root) + ' ' + send(root, journal), "twice between twice twice.update twice.update");
+            root.removeChild(twice);
+            EXPECT_EQ(childNames(root), "between");
+            EXPECT_EQ(root.getOsgTransform()->getNumChildren(), 1u);
+            for (int i = 0; i < 2; ++i)
+                root.addChild(twice);
+            if (marked)
+                twice->markForRemoval();
+            root.sendEvent(AgentEvent::POST_UPDATE);
+            EXPECT_EQ(take(journal) + childNames(other), marked ? "twice.deleted" : "twice");
+        }
+        EXPECT_EQ(take(journal) + childNames(other), marked ? "" : "twice.deleted");
+        EXPECT_EQ(other.getOsgTransform()->getNumChildren(), 0u);
     }
-    EXPECT_EQ(take(journal) + childNames(other), "twice.deleted");
-    EXPECT_EQ(other.getOsgTransform()->getNumChildren(), 0u);
 }
 
 TEST(Handles, ANewAgentAtTheOldAddressIsAnotherOne) {
@@ -152,7 +150,6 @@ TEST(Handles, ANewAgentAtTheOldAddressIsAnotherOne) {
     auto* const modifier = new SceneGraphModifierComponent;
     waiting.addComponent(modifier);
     modifier->scheduleAddChild(agent, unlisted.get());
-    modifier->scheduleRemoveChild(&waiting, agent);
     modifier->scheduleRemoveChild(&waiting, unlisted.get());
     listen(agent->addChild("child"), journal)->actions["deleted"] = [&] {
         EXPECT_FALSE(handle || AgentNode::getAgentNode(transform) || AgentNode::getAgentNode("old"));
@@ -165,6 +162,77 @@ TEST(Handles, ANewAgentAtTheOldAddressIsAnotherOne) {
     waiting.sendEvent(AgentEvent::UPDATE);
     EXPECT_EQ(childNames(*agent) + childNames(waiting), "") << "the rest is carried out";
     agent->~AgentNode();
+}
+
+using Matrix = gmtl::Matrix<double, 4, 4>;
+using Rotation = gmtl::Quat<double>;
+
+const Rotation thirdTurn(0.5, 0.5, 0.5, 0.5); // x becomes y, and y z
+
+TEST(Transform, NumbersCrossInStorageOrderAndPositionAndRotationApart) {
+    AgentNode node, other;
+    gmtl::Matrix<float, 4, 4> small;
+    std::iota(small.mData, small.mData + 16, 0.5f);
+    Matrix matrix;
+    std::copy(small.mData, small.mData + 16, matrix.mData);
+    node.setMatrix(matrix);
+    other.setMatrix(small);
+    const osg::Matrixd stored = node.getOsgTransform()->asMatrixTransform()->getMatrix();
+    EXPECT_TRUE(std::equal(matrix.mData, matrix.mData + 16, stored.ptr()));
+    EXPECT_TRUE(node.getMatrix() == matrix && other.getMatrix() == matrix && node.getMatrix().mState == Matrix::FULL);
+    EXPECT_TRUE(node.getPosition() == vec(12.5, 13.5, 14.5)) << "the last row there is the last column here";
+
+    AgentNode turned;
+    turned.setPosition(vec(1, 2, 3));
+    turned.setRotation(thirdTurn);
+    EXPECT_TRUE(turned.getPosition() == vec(1, 2, 3));
+    turned.setPosition(vec(4, 5, 6));
+    EXPECT_TRUE(turned.getRotation() == thirdTurn);
+    const osg::Vec3d x = osg::Vec3d(1, 0, 0) * turned.getOsgTransform()->asMatrixTransform()->getMatrix();
+    EXPECT_EQ(x, osg::Vec3d(4, 6, 6));
+}
+
+TEST(Transform, TheWorldIsTheFirstPathDownTheSceneGraph) {
+    AgentNode root, second;
+    AgentNode* const child = root.addChild("child");
+    root.setPosition(vec(0, 2, 0));
+    root.setRotation(thirdTurn);
+    child->setPosition(vec(1, 0, 0));
+    second.setPosition(vec(100, 0, 0));
+    second.addChild(child);
+    const osg::ref_ptr<osg::MatrixTransform> above = new osg::MatrixTransform(osg::Matrix::translate(0, 0, 5));
+    above->addChild(root.getOsgTransform()); // transforms that belong to no agent count as well
+    EXPECT_TRUE(child->getPosition() == vec(1, 0, 0) && child->getWorldPosition() == vec(0, 3, 5));
+    EXPECT_TRUE(child->getWorldRotation() == thirdTurn);
+    second.removeChild(child);
+}
+
+TEST(Transform, OtherKindsThanMatrixTransforms) {
+    AgentNode root;
+    root.setPosition(vec(10, 0, 0));
+    AgentNode* const node = root.addChild("child");
+    const osg::ref_ptr<osg::PositionAttitudeTransform> pose = new osg::PositionAttitudeTransform;
+    pose->setPosition({1, 2, 3});
+    pose->setScale({2, 2, 2});
+    pose->setPivotPoint({1, 0, 0});
+    root.getOsgTransform()->addChild(pose);
+    node->setOsgTransform(pose);
+    EXPECT_TRUE(node->getPosition() == vec(-1, 2, 3)) << "the scaled pivot is in the matrix";
+    EXPECT_TRUE(node->getWorldPosition() == node->getPosition()) << "parents are not asked";
+    Matrix matrix;
+    gmtl::setRot(matrix, thirdTurn);
+    gmtl::setTrans(matrix, vec(7, 8, 9));
+    node->setMatrix(matrix);
+    EXPECT_TRUE(pose->getPosition() == osg::Vec3d(7, 8, 9) && pose->getAttitude() == osg::Quat(0.5, 0.5, 0.5, 0.5));
+    EXPECT_TRUE(pose->getScale() == osg::Vec3d(2, 2, 2) && pose->getPivotPoint() == osg::Vec3d(1, 0, 0));
+
+    const osg::ref_ptr<osg::Transform> strange = new osg::AutoTransform, none;
+    for (const auto& transform : {strange, none}) {
+        node->setOsgTransform(transform);
+        node->setPosition(vec(1, 2, 3));
+        node->setRotation(thirdTurn);
+        EXPECT_TRUE(node->getMatrix() == Matrix() && node->getWorldMatrix() == Matrix());
+    }
 }
 
 } // namespace

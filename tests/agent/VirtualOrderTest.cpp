@@ -1,28 +1,14 @@
 // Libraries and hosts built apart call each other through these tables, so the order of virtual operations is part of
 // the interface. Under the Itanium C++ ABI a pointer to a virtual member holds its offset in the table plus one.
+#include <tests/agent/AgentTest.h>
+
+#include <agent/Accessor.h>
+#include <agent/AgentFactory.h>
+#include <agent/BehaviourComponent.h>
+
+#include <cstring>
+
 #if defined(__x86_64__)
-
-#    include <agent/Accessor.h>
-#    include <agent/AgentFactory.h>
-#    include <agent/AgentNode.h>
-#    include <agent/BehaviourComponent.h>
-#    include <agent/GeometryComponent.h>
-#    include <agent/JointComponent.h>
-#    include <agent/RigidBodyComponent.h>
-#    include <agent/SceneGraphModifierComponent.h>
-#    include <agent/SimObjectFactory.h>
-#    include <agent/VisualModelComponent.h>
-#    include <agent/VisualModelComponentModelLoader.h>
-#    include <dynamics/DynamicsBody.h>
-#    include <dynamics/DynamicsBodyFunctor.h>
-#    include <dynamics/DynamicsWorld.h>
-
-#    include <gtest/gtest.h>
-
-#    include <cstddef>
-#    include <cstring>
-#    include <vector>
-
 namespace tessarin::agent {
 namespace {
 
@@ -87,5 +73,4 @@ TEST(VirtualOrder, OfTheDynamicsInterface) {
 
 } // namespace
 } // namespace tessarin::agent
-
 #endif

@@ -1,9 +1,6 @@
 #include <tests/viewer/ViewerTest.h>
 
-#include <gmock/gmock.h>
-
 namespace tessarin::viewer {
-
 namespace {
 
 using testing::HasSubstr;
@@ -26,59 +23,50 @@ TEST_F(ApplicationTest, HelpListsEveryOptionAndVersionIsTold) {
 }
 
 TEST_F(ApplicationTest, BadCommandLinesEndWithOneLine) {
-    EXPECT_EQ(failure({}), "no file to show" + hint);
-    EXPECT_EQ(failure({"--frame", "3", tower}), "--frame: unknown option" + hint);
-    EXPECT_EQ(failure({tower, "--frames"}), "--frames needs a value" + hint);
-    EXPECT_EQ(failure({tower, "--frames", "1", "--watch", tower}),
-              "--watch and --frames don't go together; --patch applies a document once" + hint);
-    EXPECT_EQ(failure({tower, "--point", "3"}), "--point 3: not a place like 640,360" + hint);
-    EXPECT_EQ(failure({"--write", "--frames", "1", tower}), "--write needs a value" + hint);
-    EXPECT_EQ(failure({tower, "other.xml"}), "other.xml: there can be only one file" + hint);
-    for (const char* bad : {"ten", "1.5", "3x", "99999999999999999999"})
-        EXPECT_EQ(failure({"--frames", bad, tower}),
-                  "--frames " + std::string(bad) + ": not a number of frames" + hint);
-    for (const char* bad : {"640", "640x", "0x480", "640x480x2", "640x99999"})
-        EXPECT_EQ(failure({"--size", bad, tower}), "--size " + std::string(bad) + ": not a size like 1280x720" + hint);
-    for (const char* bad : {"640", "640,", "a,b", "1x2"})
-        EXPECT_EQ(failure({"--point", bad, tower}),
-                  "--point " + std::string(bad) + ": not a place like 640,360" + hint);
-    EXPECT_EQ(failure({"--log", "loud", tower}), "--log loud: not one of off, error, warn, info and debug" + hint);
+    const std::pair<std::vector<std::string>, std::string> rows[] = {
+        {{}, "no file to show"},
+        {{"--frame", "3", tower}, "--frame: unknown option"},
+        {{tower, "--frames"}, "--frames needs a value"},
+        {{tower, "--frames", "1", "--watch", tower},
+         "--watch and --frames don't go together; --patch applies a document once"},
+        {{"--write", "--frames", "1", tower}, "--write needs a value"},
+        {{tower, "other.xml"}, "other.xml: there can be only one file"},
+        {{"--log", "loud", tower}, "--log loud: not one of off, error, warn, info and debug"}};
+    for (const auto& [arguments, line] : rows)
+        EXPECT_EQ(failure(arguments), line + hint);
+    for (const std::string bad : {"ten", "1.5", "3x", "99999999999999999999"})
+        EXPECT_EQ(failure({"--frames", bad, tower}), "--frames " + bad + ": not a number of frames" + hint);
+    for (const std::string bad : {"640", "640x", "0x480", "640x480x2", "640x99999"})
+        EXPECT_EQ(failure({"--size", bad, tower}), "--size " + bad + ": not a size like 1280x720" + hint);
+    for (const std::string bad : {"3", "640,", "a,b", "1x2"})
+        EXPECT_EQ(failure({"--point", bad, tower}), "--point " + bad + ": not a place like 640,360" + hint);
 }
 
 TEST_F(ApplicationTest, BadFilesEndWithOneLineThatNamesThePlace) {
-    const std::string broken = write("broken.xml", "<AgentNode>\n  <Component>\n</AgentNode>\n").string();
-    const std::string brokenModel = write("broken.dae", "<COLLADA>\n <asset></COLLADA>").string();
-    const std::string other = write("other.xml", "<COLLADA/>").string();
-    const std::string otherModel = write("other.dae", "<AgentNode/>").string();
-    const std::string noModel = write("plain.foo", "hello").string();
-    const std::string noScene = write("empty.dae", "<COLLADA version=\"1.4.1\"/>").string();
-    const std::string missing = (folder / "missing").string();
-    const auto naming = [&](const char* document, const std::string& model) {
-        return write(document, "<AgentNode><Component class=\"VisualModelComponent\">"
-                               "<field name=\"filePath\" value=\"" +
-                                   model + "\"/></Component></AgentNode>")
-            .string();
+    const auto naming = [](const std::string& model) {
+        return "<AgentNode><Component class='VisualModelComponent'><field name='filePath' value='" + model +
+               "'/></Component></AgentNode>";
     };
-
-    EXPECT_EQ(failure({"--frames", "1", missing + ".xml"}), missing + ".xml: no such file");
-    EXPECT_EQ(failure({"--frames", "1", missing + ".dae"}), missing + ".dae: no such file");
+    const std::string place = folder.string() + "/",
+                      unreadable = ": neither an agent document nor a model that can be read";
+    const std::tuple<const char*, std::string, std::string> rows[] = {
+        // file, content, the line from its name on
+        {"broken.xml", "<AgentNode>\n  <Component>\n</AgentNode>\n", ":3:"},
+        {"broken.dae", "<COLLADA>\n <asset></COLLADA>", ":2:"},
+        {"other.xml", "<COLLADA/>", ": no agent document, its root element is COLLADA and not AgentNode"},
+        {"other.dae", "<AgentNode/>", ": no COLLADA file, its root element is AgentNode"},
+        {"plain.foo", "hello", unreadable},
+        {"empty.dae", "<COLLADA version='1.4.1'/>", unreadable},
+        {"a.xml", naming("broken.dae"), ": the model " + place + "broken.dae:2:"},
+        {"b.xml", naming("missing.dae"), ": the model " + place + "missing.dae: no such file"},
+        {"c.xml", naming("plain.foo"), ": the model " + place + "plain.foo can't be read"}};
+    for (const auto& [name, content, line] : rows)
+        EXPECT_THAT(failure({"--frames", "1", write(name, content).string()}), StartsWith(place + name + line));
+    for (const char* missing : {"missing.xml", "missing.dae"})
+        EXPECT_EQ(failure({"--frames", "1", place + missing}), place + missing + ": no such file");
     EXPECT_EQ(failure({"--frames", "1", folder.string()}), folder.string() + ": is a folder, not a file");
-    EXPECT_THAT(failure({"--frames", "1", broken}), StartsWith(broken + ":3:"));
-    EXPECT_THAT(failure({"--frames", "1", brokenModel}), StartsWith(brokenModel + ":2:"));
-    EXPECT_EQ(failure({"--frames", "1", other}),
-              other + ": no agent document, its root element is COLLADA and not AgentNode");
-    EXPECT_EQ(failure({"--frames", "1", otherModel}), otherModel + ": no COLLADA file, its root element is AgentNode");
-    EXPECT_EQ(failure({"--frames", "1", noModel}),
-              noModel + ": neither an agent document nor a model that can be read");
-    EXPECT_EQ(failure({"--frames", "1", noScene}),
-              noScene + ": neither an agent document nor a model that can be read");
-    EXPECT_THAT(failure({"--frames", "1", naming("a.xml", "broken.dae")}),
-                StartsWith((folder / "a.xml").string() + ": the model " + brokenModel + ":2:"));
-    EXPECT_EQ(failure({"--frames", "1", naming("b.xml", "missing.dae")}),
-              (folder / "b.xml").string() + ": the model " + missing + ".dae: no such file");
-    EXPECT_EQ(failure({"--frames", "1", naming("c.xml", "plain.foo")}),
-              (folder / "c.xml").string() + ": the model " + noModel + " can't be read");
-    EXPECT_THAT(failure({"--frames", "1", "--patch", broken, tower}), StartsWith(broken + ":3:"));
+    EXPECT_THAT(failure({"--frames", "1", "--patch", place + "broken.xml", tower}),
+                StartsWith(place + "broken.xml:3:"));
 }
 
 TEST_F(ApplicationTest, WithoutADisplayOnlyFramesRun) {
@@ -91,12 +79,10 @@ TEST_F(ApplicationTest, WithoutADisplayOnlyFramesRun) {
               "--snapshot a.png: there is no display to draw on");
     EXPECT_EQ(failure({"--frames", "1", "--snapshot", "a.nothing", tower}),
               "a.nothing: no format for pictures; name it like picture.png");
-
     const std::string unwritable = (folder / "no" / "out.xml").string();
     EXPECT_EQ(run({"--frames", "1", "--write", unwritable, tower}), 1);
     EXPECT_EQ(err.str(), "tessarin_viewer: " + unwritable + ": can't be written: No such file or directory\n");
 }
 
 } // namespace
-
 } // namespace tessarin::viewer

@@ -1,26 +1,16 @@
 #include <tests/viewer/ViewerTest.h>
 
 #include <viewer/Digest.h>
-#include <viewer/FrameLoop.h>
-#include <viewer/Scene.h>
 
-#include <agent/AgentNode.h>
-
-#include <gmock/gmock.h>
-
-#include <cmath>
 #include <limits>
 
 namespace tessarin::viewer {
-
 namespace {
 
 using DigestTest = ViewerTest;
 
 std::uint64_t digestAfter(Scene& scene, int frames) {
-    FrameLoop loop(scene);
-    for (int frame = 0; frame < frames; ++frame)
-        loop.frame(1.0 / 60);
+    runFrames(scene, frames);
     return digestOf(scene.getRoot());
 }
 
@@ -42,11 +32,11 @@ TEST_F(DigestTest, EveryNamePoseAndPlaceInTheTreeCounts) {
     const std::string text = "<AgentNode name='a'><AgentNode name='b'/><AgentNode name='c'><AgentNode name='d'/>"
                              "</AgentNode></AgentNode>";
     Scene scene(write("a.xml", text));
-    agent::AgentNode& root = scene.getRoot();
+    AgentNode& root = scene.getRoot();
     const std::uint64_t before = digestOf(root);
     EXPECT_EQ(digestOf(Scene(write("same.xml", text)).getRoot()), before);
 
-    agent::AgentNode& deepest = *root.getChild("c")->getChild("d");
+    AgentNode& deepest = *root.getChild("c")->getChild("d");
     deepest.setPosition({0, std::numeric_limits<double>::denorm_min(), 0});
     EXPECT_NE(digestOf(root), before);
     deepest.setPosition({0, 0, 0});
@@ -73,5 +63,4 @@ TEST_F(DigestTest, TheProgramPrintsItAsTheLastLine) {
 }
 
 } // namespace
-
 } // namespace tessarin::viewer

@@ -8,7 +8,6 @@
 #include <cmath>
 
 namespace tessarin::viewer {
-
 namespace {
 
 osg::ref_ptr<osg::Node> makeBox(const osg::Vec3& centre, const osg::Vec3& size) {
@@ -53,5 +52,4 @@ TEST(FramingTest, DistanceShowsEveryCornerAndTouchesOneEdge) {
 }
 
 } // namespace
-
 } // namespace tessarin::viewer

@@ -26,14 +26,13 @@
 #include <functional>
 
 namespace tessarin::viewer {
+namespace {
 
 using agent::AgentEvent;
 using agent::AgentNode;
 using agent::Input;
 using doubles::Journal;
 using doubles::RecordingComponent;
-
-namespace {
 
 /// A place of this run's own: others may run at the same time.
 std::filesystem::path temporary(const std::string& name) {
@@ -44,16 +43,13 @@ std::filesystem::path temporary(const std::string& name) {
 std::filesystem::path writeScene() {
     const std::string shape = "<shape><box><half_extents>0.5 0.5 0.5</half_extents></box>"
                               "<translate>0.5 0.5 0.5</translate></shape>";
-    const std::string text =
-        colladaText("Z_UP",
-                    "<node id='brick'><instance_geometry url='#cube'/></node>"
-                    "<node id='post'><translate>2 0 0</translate><instance_geometry url='#cube'/></node>"
-                    "<node id='scenery'><translate>0 3 0</translate><instance_geometry url='#cube'/></node>",
-                    "<rigid_body sid='brick'><technique_common>" + shape + "</technique_common></rigid_body>" +
-                        bodyText("post", shape),
-                    instanceText("brick", "brick") + instanceText("post", "post"));
+    const std::string nodes = "<node id='brick'><instance_geometry url='#cube'/></node>"
+                              "<node id='post'><translate>2 0 0</translate><instance_geometry url='#cube'/></node>"
+                              "<node id='scenery'><translate>0 3 0</translate><instance_geometry url='#cube'/></node>";
+    const std::string brick = "<rigid_body sid='brick'><technique_common>" + shape + "</technique_common></rigid_body>";
     const std::filesystem::path file = temporary("tessarin_hands_on.dae");
-    std::ofstream(file) << text;
+    std::ofstream(file) << colladaText("Z_UP", nodes, brick + bodyText("post", shape),
+                                       instanceText("brick", "brick") + instanceText("post", "post"));
     return file;
 }
 
@@ -63,9 +59,8 @@ class HandsOnTest : public testing::Test {
 protected:
     HandsOnTest() {
         window.lookAt(findSubject(scene.getGraph()));
-        RecordingComponent* const recorder = new RecordingComponent(
-            &journal, "", RecordingComponent::Events{AgentEvent::MOUSE_PRESS, AgentEvent::MOUSE_ENTER});
-        getAgent("brick").addComponent(recorder);
+        getAgent("brick").addComponent(new RecordingComponent(
+            &journal, "", RecordingComponent::Events{AgentEvent::MOUSE_PRESS, AgentEvent::MOUSE_ENTER}));
         do_("mousemove 5 5");
         EXPECT_TRUE(comes([&] { return isAt(5, 5); }));
     }
@@ -246,5 +241,4 @@ TEST_F(HandsOnTest, AWatchedDocumentIsAppliedEachTimeItIsSaved) {
 }
 
 } // namespace
-
 } // namespace tessarin::viewer

@@ -8,7 +8,6 @@
 #include <viewer/input/Joysticks.h>
 #include <viewer/input/KeyCodes.h>
 
-#include <agent/AgentNode.h>
 #include <agent/Input.h>
 
 #include <SDL.h>
@@ -16,18 +15,12 @@
 #include <osgGA/GUIEventAdapter>
 
 namespace tessarin::viewer {
+namespace {
 
 using agent::Input;
 
-namespace {
-
 /// A game pad with six axes, ten buttons and a hat.
-class VirtualPad {
-public:
-    VirtualPad()
-        : index(SDL_JoystickAttachVirtual(SDL_JOYSTICK_TYPE_GAMECONTROLLER, 6, 10, 1)),
-          id(SDL_JoystickGetDeviceInstanceID(index)) {}
-
+struct VirtualPad {
     void unplug() const {
         for (int i = 0; i < SDL_NumJoysticks(); ++i)
             if (SDL_JoystickGetDeviceInstanceID(i) == id)
@@ -36,51 +29,48 @@ public:
 
     SDL_Joystick* get() const { return SDL_JoystickFromInstanceID(id); }
 
-private:
-    int index;
-    SDL_JoystickID id;
+    const int index = SDL_JoystickAttachVirtual(SDL_JOYSTICK_TYPE_GAMECONTROLLER, 6, 10, 1);
+    const SDL_JoystickID id = SDL_JoystickGetDeviceInstanceID(index);
 };
 
-using JoysticksTest = testing::Test;
-
-TEST_F(JoysticksTest, FeedTheInputWhileTheyArePluggedInAndLetGoThen) {
+TEST(JoysticksTest, FeedTheInputWhileTheyArePluggedInAndLetGoThen) {
     Joysticks joysticks;
-    Input& input = *Input::instance();
+    const auto axis = [](int stick, int number) { return Input::instance()->getJoystickAxis(stick, number).value; };
+    const auto isPressed = [](const std::string& code) {
+        return Input::instance()->isButtonCodePressed("joystick " + code);
+    };
     const VirtualPad first, second;
     joysticks.poll();
-
     SDL_JoystickSetVirtualAxis(first.get(), 1, -32768);
     SDL_JoystickSetVirtualAxis(second.get(), 5, 16384);
     SDL_JoystickSetVirtualButton(second.get(), 3, 1);
     SDL_JoystickSetVirtualHat(second.get(), 0, SDL_HAT_LEFTUP);
     joysticks.poll();
-    EXPECT_EQ(input.getJoystickAxis(0, 1).value, -1);
-    EXPECT_NEAR(input.getJoystickAxis(1, 5).value, 0.5, 1e-4);
-    EXPECT_EQ(input.getJoystickAxis(1, 6).value, -1) << "the hat, to the right";
-    EXPECT_EQ(input.getJoystickAxis(1, 7).value, 1) << "the hat, upwards";
-    EXPECT_TRUE(input.isButtonCodePressed("joystick 1 button 3"));
-    EXPECT_FALSE(input.isButtonCodePressed("joystick 0 button 3"));
+    EXPECT_EQ(axis(0, 1), -1);
+    EXPECT_NEAR(axis(1, 5), 0.5, 1e-4);
+    EXPECT_TRUE(axis(1, 6) == -1 && axis(1, 7) == 1) << "the hat, to the right and upwards";
+    EXPECT_TRUE(isPressed("1 button 3") && !isPressed("0 button 3"));
 
     SDL_JoystickSetVirtualButton(first.get(), 9, 1);
     joysticks.poll();
     first.unplug();
     joysticks.poll();
-    EXPECT_FALSE(input.isButtonCodePressed("joystick 0 button 9"));
-    EXPECT_EQ(input.getJoystickAxis(0, 1).value, 0);
-    EXPECT_TRUE(input.isButtonCodePressed("joystick 1 button 3")) << "the other one keeps its number";
+    EXPECT_FALSE(isPressed("0 button 9"));
+    EXPECT_EQ(axis(0, 1), 0);
+    EXPECT_TRUE(isPressed("1 button 3")) << "the other one keeps its number";
 
     const VirtualPad third;
     joysticks.poll();
     SDL_JoystickSetVirtualButton(third.get(), 0, 1);
     joysticks.poll();
-    EXPECT_TRUE(input.isButtonCodePressed("joystick 0 button 0")) << "it takes the number that is free";
+    EXPECT_TRUE(isPressed("0 button 0")) << "it takes the number that is free";
     third.unplug();
     second.unplug();
     joysticks.poll();
-    EXPECT_EQ(input.getJoystickAxis(1, 6).value, 0);
+    EXPECT_EQ(axis(1, 6), 0);
 }
 
-class BindingsTest : public ViewerTest {};
+using BindingsTest = ViewerTest;
 
 TEST_F(BindingsTest, AFileGoesOverTheDefaultsAndComesBackAsItWasWritten) {
     const auto file = write("my.xml", "<Bindings><VirtualInput name='steer' neg='key a' pos='key d'/>"
@@ -92,8 +82,8 @@ TEST_F(BindingsTest, AFileGoesOverTheDefaultsAndComesBackAsItWasWritten) {
     bindings.giveToInput();
 
     Input& input = *Input::instance();
-    input.pressButton("key d");
-    input.pressButton("key up");
+    for (const char* key : {"key d", "key up"})
+        input.pressButton(key);
     input.setJoystickAxisValue(0, 0, -1);
     input.setJoystickAxisValue(2, 4, 1);
     EXPECT_EQ(input.getAxis("steer"), 1) << "the axis of the default has gone";
@@ -101,16 +91,11 @@ TEST_F(BindingsTest, AFileGoesOverTheDefaultsAndComesBackAsItWasWritten) {
     EXPECT_EQ(input.getAxis("boost"), -0.5);
     input.setJoystickAxisValue(2, 4, 0.25);
     EXPECT_EQ(input.getAxis("boost"), 0);
-    input.releaseButton("key d");
-    input.releaseButton("key up");
+    for (const char* key : {"key d", "key up"})
+        input.releaseButton(key);
 
     EXPECT_EQ(run({"--write-bindings", folder / "again.xml", "--bindings", folder / "all.xml"}), 0);
-    const auto content = [](const std::filesystem::path& path) {
-        std::ostringstream text;
-        text << std::ifstream(path).rdbuf();
-        return text.str();
-    };
-    EXPECT_EQ(content(folder / "all.xml"), content(folder / "again.xml"));
+    EXPECT_EQ(textOf(folder / "all.xml"), textOf(folder / "again.xml"));
 
     const osg::ref_ptr<osg::ApplicationUsage> usage = new osg::ApplicationUsage;
     bindings.read(write("horn.xml", "<Bindings><VirtualInput name='horn' pos='key g'/></Bindings>"));
@@ -129,26 +114,24 @@ TEST_F(BindingsTest, WhatIsWrongIsToldInALine) {
         return line.substr(file.size());
     };
     EXPECT_EQ(refusal("<Keys/>"), ": no bindings, its root element is Keys and not Bindings");
-    EXPECT_EQ(refusal("<Bindings><VirtualInput name='a'/><Input/></Bindings>"), ": binding 2: unknown element Input");
-    EXPECT_EQ(refusal("<Bindings><VirtualInput pos='key a'/></Bindings>"), ": binding 1: it has no name");
-    EXPECT_EQ(refusal("<Bindings><VirtualInput name='a' key='a'/></Bindings>"), ": binding 1: unknown attribute key");
-    EXPECT_EQ(refusal("<Bindings><VirtualInput name='a' axis='one'/></Bindings>"),
-              ": binding 1: axis=\"one\" is no number");
-    for (const char* scale : {"0", "nan", "inf"})
-        EXPECT_EQ(refusal("<Bindings><VirtualInput name='a' scale='" + std::string(scale) + "'/></Bindings>"),
-                  ": binding 1: scale is to be a number other than 0");
-    for (const char* dead : {"-0.1", "nan"})
-        EXPECT_EQ(refusal("<Bindings><VirtualInput name='a' dead='" + std::string(dead) + "'/></Bindings>"),
-                  ": binding 1: dead is to be 0 or more");
-    EXPECT_EQ(refusal("<Bindings><VirtualInput name='a' neg='key Lefft'/></Bindings>"),
-              ": binding 1: no key is called \"key Lefft\"");
-    EXPECT_EQ(refusal("<Bindings><VirtualInput name='a' axis='1'/></Bindings>"),
-              ": binding 1: an axis needs the joyNum of its joystick");
     EXPECT_EQ(refusal("<Bindings><VirtualInput"), ":1:11: unclosed token");
+    for (const auto& [binding, line] :
+         {std::pair<std::string, std::string>("<Input/>", "unknown element Input"),
+          {"<VirtualInput pos='key a'/>", "it has no name"},
+          {"<VirtualInput name='a' key='a'/>", "unknown attribute key"},
+          {"<VirtualInput name='a' axis='one'/>", "axis=\"one\" is no number"},
+          {"<VirtualInput name='a' scale='0'/>", "scale is to be a number other than 0"},
+          {"<VirtualInput name='a' scale='nan'/>", "scale is to be a number other than 0"},
+          {"<VirtualInput name='a' scale='inf'/>", "scale is to be a number other than 0"},
+          {"<VirtualInput name='a' dead='-0.1'/>", "dead is to be 0 or more"},
+          {"<VirtualInput name='a' dead='nan'/>", "dead is to be 0 or more"},
+          {"<VirtualInput name='a' neg='key Lefft'/>", "no key is called \"key Lefft\""},
+          {"<VirtualInput name='a' axis='1'/>", "an axis needs the joyNum of its joystick"}})
+        EXPECT_EQ(refusal("<Bindings><VirtualInput name='a'/>" + binding + "</Bindings>"), ": binding 2: " + line);
 }
 
 TEST(HighlightTest, GoesWithItsComponent) {
-    agent::AgentNode agent("a");
+    AgentNode agent("a");
     for (const bool isDeleted : {true, false}) {
         auto* const highlight = new HighlightComponent;
         agent.addComponent(highlight);
@@ -168,16 +151,15 @@ TEST(KeyCodesTest, AreReadable) {
                                                  {'7', "key 7"},
                                                  {'+', "key +"},
                                                  {' ', "key space"},
+                                                 {0xe4, "key 0xe4"},
                                                  {Event::KEY_F12, "key f12"},
                                                  {Event::KEY_Page_Up, "key page up"},
-                                                 {0xe4, "key 0xe4"},
+                                                 {Event::KEY_Left, "key left"},
                                                  {Event::KEY_KP_4, "key keypad 4"},
-                                                 {Event::KEY_KP_Left, "key keypad 4"},
-                                                 {Event::KEY_Left, "key left"}};
+                                                 {Event::KEY_KP_Left, "key keypad 4"}};
     for (const auto& [key, code] : codes)
         EXPECT_EQ(keyCode(key), code);
 }
 
 } // namespace
-
 } // namespace tessarin::viewer

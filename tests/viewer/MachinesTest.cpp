@@ -1,28 +1,20 @@
 #include <tests/viewer/ViewerTest.h>
 
-#include <viewer/FrameLoop.h>
-#include <viewer/Scene.h>
-
-#include <agent/AgentNode.h>
 #include <agent/Input.h>
 #include <agent/JointComponent.h>
-#include <agent/RigidBodyComponent.h>
 #include <dynamics/bullet/BulletBodyControl.h>
 #include <dynamics/bullet/BulletJoint.h>
 
 #include <gmtl/VecOps.h>
 
-#include <algorithm>
-#include <cmath>
+#include <functional>
 #include <initializer_list>
 #include <set>
 #include <utility>
 
 namespace tessarin::viewer {
-
 namespace {
 
-using agent::AgentNode;
 using agent::Input;
 using dynamics::bullet::BulletBodyControl;
 using dynamics::bullet::BulletJoint;
@@ -65,8 +57,8 @@ public:
     double positionOf(const std::string& name) { return joint(name).getPosition(joint(name).getMainAxis()); }
 
     /// Runs some seconds with keys held down and calls the function after each frame.
-    template <class Function>
-    void hold(const std::set<std::string>& keys, double seconds, Function afterFrame) {
+    void hold(
+        const std::set<std::string>& keys, double seconds, const std::function<void()>& afterFrame = [] {}) {
         for (const std::string& key : keys)
             Input::instance()->pressButton(key);
         for (long frame = std::lround(seconds * 60); frame > 0; --frame) {
@@ -76,10 +68,6 @@ public:
         }
         for (const std::string& key : keys)
             Input::instance()->releaseButton(key);
-    }
-
-    void hold(const std::set<std::string>& keys, double seconds) {
-        hold(keys, seconds, [] {});
     }
 
     void remove(std::initializer_list<const char*> names) {
@@ -97,8 +85,7 @@ public:
             auto& bullet = dynamic_cast<BulletJoint&>(*each);
             if (bullet.getMainAxis() < JointAxis::rotationX)
                 continue;
-            const gmtl::Matrix<double, 4, 4> a = bullet.getFirstFrame();
-            const gmtl::Matrix<double, 4, 4> b = bullet.getSecondFrame();
+            const gmtl::Matrix<double, 4, 4> a = bullet.getFirstFrame(), b = bullet.getSecondFrame();
             widest = std::max(widest, std::hypot(a(0, 3) - b(0, 3), a(1, 3) - b(1, 3), a(2, 3) - b(2, 3)));
         }
         return widest;
@@ -111,8 +98,7 @@ public:
     }
 
     double headingOf(const std::string& name) {
-        const gmtl::Quat<double> turn = part(name).getRotation();
-        return 2 * std::atan2(turn[2], turn[3]);
+        return 2 * std::atan2(part(name).getRotation()[2], part(name).getRotation()[3]);
     }
 
     Scene scene;
@@ -122,7 +108,7 @@ private:
     std::vector<std::pair<std::string, agent::VirtualInput>> before;
 };
 
-class MachinesTest : public ViewerTest {};
+using MachinesTest = ViewerTest;
 
 constexpr double wheelRadius = 0.42;
 constexpr double rideHeight = 0.74;
@@ -146,8 +132,7 @@ TEST_F(MachinesTest, TheTruckDrivesAsItsWheelsTurnBrakesAndComesToRest) {
     expectParked();
 
     double rolled = 0;
-    double lowest = rideHeight;
-    double highest = rideHeight;
+    double lowest = rideHeight, highest = rideHeight;
     machine.hold({"drive+"}, 4, [&] {
         rolled += machine.body("wheel_rear_left").getAngularVelocity()[1] * wheelRadius / 60;
         lowest = std::min(lowest, machine.placeOf("truck")[2]);
@@ -175,8 +160,7 @@ TEST_F(MachinesTest, TheTruckDrivesAsItsWheelsTurnBrakesAndComesToRest) {
 TEST_F(MachinesTest, TheTruckSteersUprightAndCrossesItsRamp) {
     Machine machine("truck.xml");
     machine.hold({}, 0.5);
-    double highest = 0;
-    double steepest = 1;
+    double highest = 0, steepest = 1;
     const auto watch = [&] {
         highest = std::max(highest, machine.placeOf("truck")[2]);
         steepest = std::min(steepest, machine.uprightness("truck"));
@@ -222,8 +206,7 @@ TEST_F(MachinesTest, MotorsDoWithoutJointsBodiesAndInputsThatHaveGone) {
 
 TEST_F(MachinesTest, TheCraneReachesWhatItsMotorsSayAndKeepsItsLimits) {
     Machine machine("crane.xml");
-    double widest = 0;
-    double outmost = 0;
+    double widest = 0, outmost = 0;
     const auto watch = [&] {
         widest = std::max(widest, machine.widestGap());
         outmost = std::max(outmost, machine.positionOf("trolley_slide"));
@@ -253,33 +236,24 @@ TEST_F(MachinesTest, TheCraneReachesWhatItsMotorsSayAndKeepsItsLimits) {
 
 TEST_F(MachinesTest, TheChainHoldsItsBallWhichBreaksTheWall) {
     Machine machine("chain.xml");
-    std::vector<gmtl::Vec<double, 3>> bricks;
-    const auto eachBrick = [&](auto visit) {
-        for (AgentNode* child : machine.root().getChildren())
-            if (child->getName().compare(0, 6, "brick_") == 0)
-                visit(child->getPosition());
-    };
-    eachBrick([&](const gmtl::Vec<double, 3>& place) { bricks.push_back(place); });
-    double widest = 0;
-    double fastest = 0;
+    std::vector<std::pair<AgentNode*, gmtl::Vec<double, 3>>> bricks;
+    for (AgentNode* child : machine.root().getChildren())
+        if (child->getName().compare(0, 6, "brick_") == 0)
+            bricks.emplace_back(child, child->getPosition());
+    double widest = 0, fastest = 0;
     machine.hold({}, 10, [&] {
         widest = std::max(widest, machine.widestGap());
-        const gmtl::Vec<double, 3> velocity = machine.body("ball").getLinearVelocity();
-        fastest = std::max(fastest, std::hypot(velocity[0], velocity[1], velocity[2]));
+        fastest = std::max<double>(fastest, gmtl::length(machine.body("ball").getLinearVelocity()));
     });
     EXPECT_LT(widest, 0.005);
     const double height = 5.5 * (1 - std::cos(62 * degree));
     EXPECT_NEAR(fastest, std::sqrt(2 * 9.81 * height), 0.25) << "as it fell, but for the mass of the chain";
-    std::size_t index = 0;
     int moved = 0;
-    eachBrick([&](const gmtl::Vec<double, 3>& place) {
-        const gmtl::Vec<double, 3> way = place - bricks[index++];
-        moved += std::hypot(way[0], way[1], way[2]) > 0.5 ? 1 : 0;
-    });
+    for (const auto& [brick, place] : bricks)
+        moved += gmtl::length(gmtl::Vec<double, 3>(brick->getPosition() - place)) > 0.5 ? 1 : 0;
     EXPECT_GT(moved, 10);
     EXPECT_LT(moved, int(bricks.size()));
 }
 
 } // namespace
-
 } // namespace tessarin::viewer

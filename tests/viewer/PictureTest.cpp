@@ -6,7 +6,7 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
-#include <map>
+#include <set>
 #include <string>
 
 namespace {
@@ -39,21 +39,15 @@ std::array<double, 2> shareOfRed(const osg::Image& image) {
 TEST(PictureTest, ShowsTheTowerAndItsFall) {
     const osg::ref_ptr<osg::Image> before = takePicture(1);
     const osg::ref_ptr<osg::Image> after = takePicture(60);
-    ASSERT_TRUE(before && after);
-    EXPECT_EQ(before->s(), 320);
-    EXPECT_EQ(before->t(), 200);
-
-    const std::array<double, 2> standing = shareOfRed(*before);
-    const std::array<double, 2> fallen = shareOfRed(*after);
+    ASSERT_TRUE(before && after && before->s() == 320 && before->t() == 200);
+    const std::array<double, 2> standing = shareOfRed(*before), fallen = shareOfRed(*after);
     EXPECT_GT(standing[1], 0.01);
     EXPECT_GT(fallen[0], 0.01);
     EXPECT_LT(fallen[1], standing[1]) << "the bricks came down";
 
-    std::map<unsigned, int> colours;
-    for (int i = 0; i < before->s() * before->t(); ++i) {
-        const osg::Vec4 colour = before->getColor(unsigned(i % before->s()), unsigned(i / before->s()));
-        ++colours[colour.asRGBA()];
-    }
+    std::set<unsigned> colours;
+    for (int i = 0; i < 320 * 200; ++i)
+        colours.insert(before->getColor(unsigned(i % 320), unsigned(i / 320)).asRGBA());
     EXPECT_GT(colours.size(), 500U) << "lit, in shadow and under a sky";
 }
 

@@ -1,36 +1,23 @@
 #include <tests/viewer/ViewerTest.h>
 
-#include <viewer/FrameLoop.h>
-#include <viewer/Scene.h>
 #include <viewer/ViewerError.h>
 
-#include <agent/AgentNode.h>
 #include <agent/GeometryComponent.h>
 #include <dynamics/bullet/BulletDynamicsWorld.h>
 
-#include <algorithm>
-#include <cmath>
 #include <list>
-#include <sstream>
 
 namespace tessarin::viewer {
-
 namespace {
 
-std::string textOf(Scene& scene) {
+std::string stateOf(Scene& scene) {
     std::ostringstream text;
     scene.getRoot().createXml(text);
     return text.str();
 }
 
-void runFrames(Scene& scene, int frames) {
-    FrameLoop loop(scene);
-    for (int frame = 0; frame < frames; ++frame)
-        loop.frame(1.0 / 60);
-}
-
 /// Classes, names and fields, in order.
-std::vector<std::string> componentsOf(agent::AgentNode& agent) {
+std::vector<std::string> componentsOf(AgentNode& agent) {
     std::vector<std::string> described;
     agent.visitComponents([&](agent::Component* component) {
         described.push_back(std::string(component->getClassName()) + " " + component->getName());
@@ -43,55 +30,51 @@ std::vector<std::string> componentsOf(agent::AgentNode& agent) {
 }
 
 /// How many agents of a branch show something.
-int countShown(agent::AgentNode& agent) {
+int countShown(AgentNode& agent) {
     int shown = 0;
     agent.visitComponents([&](agent::Component* component) {
         shown += component->getOsgNode() && component->getOsgNode()->getBound().valid() ? 1 : 0;
     });
-    for (agent::AgentNode* child : agent.getChildren())
+    for (AgentNode* child : agent.getChildren())
         shown += countShown(*child);
     return shown;
 }
 
 /// Same names, classes, fields and order, and the same transforms to six digits, whatever the sign of a quaternion.
-void expectEqual(agent::AgentNode& a, agent::AgentNode& b) {
+void expectEqual(AgentNode& a, AgentNode& b) {
     SCOPED_TRACE(a.getName());
     EXPECT_EQ(a.getName(), b.getName());
     EXPECT_EQ(componentsOf(a), componentsOf(b));
-    const gmtl::Vec<double, 3> place[2] = {a.getPosition(), b.getPosition()};
-    const gmtl::Quat<double> turn[2] = {a.getRotation(), b.getRotation()};
     for (int i = 0; i < 3; ++i)
-        EXPECT_NEAR(place[0][i], place[1][i], 1e-5 * std::max(1.0, std::abs(place[0][i])));
+        EXPECT_NEAR(a.getPosition()[i], b.getPosition()[i], 1e-5 * std::max(1.0, std::abs(a.getPosition()[i])));
     double cosine = 0;
     for (int i = 0; i < 4; ++i)
-        cosine += turn[0][i] * turn[1][i];
+        cosine += a.getRotation()[i] * b.getRotation()[i];
     EXPECT_NEAR(std::abs(cosine), 1, 1e-5);
     ASSERT_EQ(a.getChildren().size(), b.getChildren().size());
     auto other = b.getChildren().begin();
-    for (agent::AgentNode* child : a.getChildren())
+    for (AgentNode* child : a.getChildren())
         expectEqual(*child, **other++);
 }
 
 class SceneTest : public ViewerTest {
 protected:
     /// A document written and read again, from another folder, is the same agents.
-    void expectRoundTrip(Scene& scene, const std::string& name) {
-        const std::filesystem::path file = folder / "deep" / name;
-        std::filesystem::create_directories(file.parent_path());
+    void expectRoundTrip(Scene& scene) {
+        const std::filesystem::path file = write("deep/again.xml", "");
         scene.write(file);
         Scene again(file);
         expectEqual(scene.getRoot(), again.getRoot());
-        EXPECT_EQ(countShown(again.getRoot()), countShown(scene.getRoot())) << name;
+        EXPECT_EQ(countShown(again.getRoot()), countShown(scene.getRoot()));
     }
 };
 
 TEST_F(SceneTest, TheTowerStandsUntilItIsHitAndThenComesToRest) {
     Scene scene(scenes / "tower.xml");
-    const int bricks = int(scene.getRoot().getChildren().size()) - 3;
-    EXPECT_EQ(countShown(scene.getRoot()), bricks + 3);
+    EXPECT_EQ(countShown(scene.getRoot()), int(scene.getRoot().getChildren().size()));
     const auto highest = [&] {
         double height = 0;
-        for (agent::AgentNode* child : scene.getRoot().getChildren())
+        for (AgentNode* child : scene.getRoot().getChildren())
             height = std::max(height, child->getPosition()[2]);
         return height;
     };
@@ -106,47 +89,53 @@ TEST_F(SceneTest, TheTowerStandsUntilItIsHitAndThenComesToRest) {
     scene.reload();
     runFrames(scene, 300);
     EXPECT_LT(highest(), 0.6 * standing);
-    expectRoundTrip(scene, "tower.xml");
+    expectRoundTrip(scene);
 }
 
 TEST_F(SceneTest, TheTruckStaysOnItsWheels) {
     for (const char* name : {"truck.xml", "models/truck.dae"}) {
         Scene scene(scenes / name);
         runFrames(scene, 300);
-        agent::AgentNode* const truck = scene.getRoot().getChild("truck");
-        ASSERT_NE(truck, nullptr);
-        const gmtl::Vec<double, 3> place = truck->getPosition();
+        AgentNode& root = scene.getRoot();
+        ASSERT_NE(root.getChild("truck"), nullptr);
+        const gmtl::Vec<double, 3> place = root.getChild("truck")->getPosition();
         EXPECT_NEAR(place[0], 0, 0.2);
         EXPECT_NEAR(place[2], 0.74, 0.01) << "wheels of 0.42, and axles 0.32 below the middle of the body";
         for (const char* wheel : {"wheel_front_left", "wheel_front_right", "wheel_rear_left", "wheel_rear_right"})
-            EXPECT_NEAR(scene.getRoot().getChild(wheel)->getPosition()[2], 0.42, 0.01) << wheel;
-        EXPECT_EQ(countShown(scene.getRoot()), 17);
-        expectRoundTrip(scene, "truck.xml");
+            EXPECT_NEAR(root.getChild(wheel)->getPosition()[2], 0.42, 0.01) << wheel;
+        EXPECT_EQ(countShown(root), 17);
+        expectRoundTrip(scene);
     }
 }
 
 TEST_F(SceneTest, TheCarouselMovesByTransformsAlone) {
-    Scene scene(scenes / "carousel.xml");
+    Scene scene(scenes / "carousel.xml", {write("patch.xml", "<AgentNode><AgentNode name='cup_1_1'><Transform>"
+                                                             "<Translate>1 2 3</Translate><Rotate>0 0 1 0</Rotate>"
+                                                             "</Transform><Component class='GeometryComponent'/>"
+                                                             "</AgentNode></AgentNode>")});
+    AgentNode* const patched = scene.getRoot().getChild("cup_1_1");
+    ASSERT_NE(patched, nullptr);
+    EXPECT_EQ(patched->getPosition()[2], 3) << "a new agent of a patch gets its place and geometry";
+    EXPECT_EQ(countShown(*patched), 1);
+
     EXPECT_TRUE(scene.getRoot().getDynamicsBodies().empty());
-    EXPECT_EQ(countShown(scene.getRoot()), 16);
-    agent::AgentNode* const cup = scene.getRoot().getChild("platform")->getChild("turntable_2")->getChild("cup_2_3");
-    ASSERT_NE(cup, nullptr);
-    const gmtl::Vec<double, 3> local = cup->getPosition();
-    const gmtl::Vec<double, 3> before = cup->getWorldPosition();
+    EXPECT_EQ(countShown(scene.getRoot()), 17);
+    AgentNode* const cup = scene.getRoot().getChild("platform")->getChild("turntable_2")->getChild("cup_2_3");
+    const gmtl::Vec<double, 3> local = cup->getPosition(), before = cup->getWorldPosition();
     EXPECT_NEAR(before[2], 0.38, 1e-6);
     runFrames(scene, 60);
     const gmtl::Vec<double, 3> after = cup->getWorldPosition();
     EXPECT_EQ(cup->getPosition()[0], local[0]);
     EXPECT_GT(std::hypot(after[0] - before[0], after[1] - before[1]), 0.1);
     EXPECT_NEAR(after[2], before[2], 1e-6);
-    expectRoundTrip(scene, "carousel.xml");
+    expectRoundTrip(scene);
 }
 
 TEST_F(SceneTest, AgentsStandWhereTheirBodiesAreBeforeTheFirstFrame) {
     Scene scene(scenes / "models" / "tower.dae");
     EXPECT_NEAR(scene.getRoot().getChild("ball")->getPosition()[0], -2.9, 1e-6);
     EXPECT_NEAR(scene.getRoot().getChild("ground")->getPosition()[2], -0.25, 1e-6);
-    expectRoundTrip(scene, "first.xml");
+    expectRoundTrip(scene);
 }
 
 TEST_F(SceneTest, AModelThatCannotBeReadIsNoFaultOfTheNextDocument) {
@@ -172,56 +161,38 @@ TEST_F(SceneTest, DocumentsNameModelsFromTheirOwnFolder) {
                       "<AgentNode name='here'><Component class='VisualModelComponent'><field name='filePath' "
                       "value='carousel.dae'/></Component><Component class='GeometryComponent'/></AgentNode>"));
     EXPECT_EQ(countShown(scene.getRoot()), 1);
-    const auto writtenPath = [&](const std::filesystem::path& file) {
-        std::filesystem::create_directories(file.parent_path());
+    for (const auto& [name, path] : {std::pair<const char*, std::filesystem::path>("beside.xml", "carousel.dae"),
+                                     {"deep/below.xml", folder / "carousel.dae"}}) {
+        const std::filesystem::path file = write(name, "");
         scene.write(file);
-        std::stringstream text;
-        text << std::ifstream(file).rdbuf();
-        const std::string whole = text.str();
-        const std::size_t start = whole.find("value=\"") + 7;
-        return whole.substr(start, whole.find('"', start) - start);
-    };
-    EXPECT_EQ(writtenPath(folder / "beside.xml"), "carousel.dae");
-    EXPECT_EQ(writtenPath(folder / "deep" / "below.xml"), (folder / "carousel.dae").string());
-}
-
-TEST_F(SceneTest, NewAgentsOfAPatchGetTheirPlaceAndGeometry) {
-    Scene scene(scenes / "carousel.xml",
-                {write("patch.xml", "<AgentNode><AgentNode name='cup_1_1'><Transform><Translate>1 2 3</Translate>"
-                                    "<Rotate>0 0 1 0</Rotate></Transform><Component class='GeometryComponent'/>"
-                                    "</AgentNode></AgentNode>")});
-    agent::AgentNode* const cup = scene.getRoot().getChild("cup_1_1");
-    ASSERT_NE(cup, nullptr);
-    EXPECT_EQ(cup->getPosition()[2], 3);
-    EXPECT_EQ(countShown(*cup), 1);
+        EXPECT_THAT(textOf(file), testing::HasSubstr("value=\"" + path.string() + "\""));
+    }
 }
 
 TEST_F(SceneTest, AReloadBeginsAnewAndAFailedOneChangesNothing) {
-    const std::filesystem::path file = folder / "tower.xml";
-    std::filesystem::copy(scenes / "tower.xml", file);
-    std::filesystem::create_directories(folder / "models");
-    std::filesystem::copy(scenes / "models" / "tower.dae", folder / "models" / "tower.dae");
+    const std::string document = textOf(scenes / "tower.xml");
+    const std::filesystem::path file = write("tower.xml", document);
+    write("models/tower.dae", textOf(scenes / "models" / "tower.dae"));
     Scene scene(file);
-    const std::string start = textOf(scene);
+    const std::string start = stateOf(scene);
     runFrames(scene, 30);
-    const std::string later = textOf(scene);
+    const std::string later = stateOf(scene);
     EXPECT_TRUE(later != start);
 
     write("tower.xml", "<AgentNode><Component");
     EXPECT_THROW(scene.reload(), ViewerError);
-    EXPECT_TRUE(textOf(scene) == later);
-    EXPECT_EQ(agent::AgentNode::dynamicsWorld, &scene.getWorld());
+    EXPECT_TRUE(stateOf(scene) == later);
+    EXPECT_EQ(AgentNode::dynamicsWorld, &scene.getWorld());
     runFrames(scene, 1);
-    EXPECT_TRUE(textOf(scene) != later);
+    EXPECT_TRUE(stateOf(scene) != later);
 
-    std::filesystem::copy(scenes / "tower.xml", file, std::filesystem::copy_options::overwrite_existing);
+    write("tower.xml", document);
     scene.reload();
-    EXPECT_TRUE(textOf(scene) == start);
+    EXPECT_TRUE(stateOf(scene) == start);
     EXPECT_EQ(scene.getGraph().getNumChildren(), 1U);
     runFrames(scene, 30);
-    EXPECT_TRUE(textOf(scene) == later);
+    EXPECT_TRUE(stateOf(scene) == later);
 }
 
 } // namespace
-
 } // namespace tessarin::viewer

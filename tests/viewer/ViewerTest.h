@@ -1,10 +1,18 @@
 #pragma once
 
 #include <viewer/Application.h>
+#include <viewer/FrameLoop.h>
+#include <viewer/Scene.h>
 
+#include <agent/AgentNode.h>
+#include <agent/RigidBodyComponent.h>
+
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -14,7 +22,15 @@
 
 namespace tessarin::viewer {
 
+using agent::AgentNode;
+
 inline const std::filesystem::path scenes = TESSARIN_SCENES;
+
+inline void runFrames(Scene& scene, int frames) {
+    FrameLoop loop(scene);
+    for (int frame = 0; frame < frames; ++frame)
+        loop.frame(1.0 / 60);
+}
 
 /// A folder of the test's own, and the program run in it as from a command line, without a display.
 class ViewerTest : public testing::Test {
@@ -30,6 +46,12 @@ protected:
         std::filesystem::create_directories(path.parent_path());
         std::ofstream(path) << text;
         return path;
+    }
+
+    static std::string textOf(const std::filesystem::path& path) {
+        std::ostringstream text;
+        text << std::ifstream(path).rdbuf();
+        return text.str();
     }
 
     /// @return the exit status.
@@ -57,8 +79,7 @@ protected:
     const std::filesystem::path folder =
         std::filesystem::temp_directory_path() /
         ("tessarin_" + std::to_string(getpid()) + "_" + testing::UnitTest::GetInstance()->current_test_info()->name());
-    std::ostringstream out;
-    std::ostringstream err;
+    std::ostringstream out, err;
 };
 
 } // namespace tessarin::viewer

@@ -1,22 +1,13 @@
 #include <tests/agent/AgentTest.h>
 
-#include <agent/JointComponent.h>
-#include <agent/RigidBodyComponent.h>
-#include <agent/SceneGraphModifierComponent.h>
-#include <agent/VisualModelComponent.h>
-#include <tests/doubles/ModelLoaderDouble.h>
-#include <tests/doubles/PhysicsDoubles.h>
-
 #include <osgDB/WriteFile>
 
 #include <cstdio>
-#include <sstream>
 
 namespace tessarin::agent {
 namespace {
 
-using doubles::BodyDouble;
-using Joint = doubles::JointDouble<dynamics::DynamicsRevoluteJoint>;
+using Joint = JointDouble<dynamics::DynamicsRevoluteJoint>;
 
 class VisualModel : public testing::Test {
 protected:
@@ -54,18 +45,19 @@ TEST_F(VisualModel, HoldsTheModelAndSendsOnlyColladaFilesToTheWorld) {
     static_cast<Component*>(component)->printValues(printed); // the base's own, which writes nothing
     EXPECT_EQ(printed.str(), "filePath=a.osg,");
     component->setFilePath("missing.osg");
-    EXPECT_EQ(component->initialize(), component);
+    component->initialize();
     EXPECT_EQ(component->getModel(), nullptr);
-    const std::string file = testing::TempDir() + "tessarin_model_test.osgt";
-    ASSERT_TRUE(osgDB::writeNodeFile(*node.getOsgTransform(), file));
-    EXPECT_NE(VisualModelComponentModelLoader().loadModel(file), nullptr);
-    std::remove(file.c_str());
-    EXPECT_EQ(VisualModelComponentModelLoader().loadModel(file), nullptr);
     for (const char* const path : {"a.daex", "dae", "a.dae.osg", ""})
         load(path);
     EXPECT_THAT(loader.paths, ElementsAre("a.osg", "missing.osg", "a.daex", "dae", "a.dae.osg", ""));
     EXPECT_THAT(world.paths, IsEmpty());
     EXPECT_THAT(log.take(), IsEmpty());
+
+    const std::string file = testing::TempDir() + "tessarin_model_test.osgt";
+    ASSERT_TRUE(osgDB::writeNodeFile(*node.getOsgTransform(), file));
+    EXPECT_NE(VisualModelComponentModelLoader().loadModel(file), nullptr);
+    std::remove(file.c_str());
+    EXPECT_EQ(VisualModelComponentModelLoader().loadModel(file), nullptr);
 }
 
 TEST_F(VisualModel, PhysicsBecomeChildrenAndJointComponents) {
@@ -80,9 +72,7 @@ TEST_F(VisualModel, PhysicsBecomeChildrenAndJointComponents) {
         EXPECT_EQ(child->getRigidBody()->getName(), "RigidBodyComponent");
         EXPECT_EQ(child->getRigidBody()->getBody()->getName(), child->getName());
     }
-    EXPECT_EQ(node.getOsgTransform()->getNumChildren(), 2u);
     EXPECT_NE(dynamic_cast<JointComponent&>(*node.getComponent("hinge")).getRevoluteJoint(), nullptr);
-    node.removeComponent(component);
     delete component;
     EXPECT_EQ(BodyDouble::alive, 2) << "they belong to the tree";
     node.getChild("wheel")->markForRemoval();
@@ -93,9 +83,9 @@ TEST_F(VisualModel, PhysicsBecomeChildrenAndJointComponents) {
 }
 
 TEST_F(VisualModel, WhatIsMissingIsLoggedAndSkipped) {
-    loader.models["a.dae"] = new osg::Node;
+    const osg::ref_ptr<osg::Node> model = loader.models["a.dae"] = new osg::Node;
     AgentNode::dynamicsWorld = nullptr;
-    EXPECT_NE(load("a.dae")->getModel(), nullptr);
+    EXPECT_EQ(load("a.dae")->getModel(), model);
     VisualModelComponent::setModelLoader(nullptr);
     load("a.osg");
     EXPECT_THAT(log.takeErrors(), ElementsAre("No dynamics world is set to load the physics of a.dae",
@@ -105,7 +95,7 @@ TEST_F(VisualModel, WhatIsMissingIsLoggedAndSkipped) {
     VisualModelComponent alone; // on no agent
     alone.setFilePath("a.dae");
     alone.initialize();
-    EXPECT_EQ(alone.getModel(), loader.models["a.dae"]);
+    EXPECT_EQ(alone.getModel(), model);
     EXPECT_THAT(world.paths, IsEmpty());
 
     static SimObjectFactoryFor<RecordingComponent> replacing;
@@ -126,11 +116,9 @@ TEST(SceneGraphModifierComponent, CarriesOutAdditionsThenRemovals) {
     const Owned out(new AgentNode("out"));
     auto* const second = new AgentNode("second");
     modifier->scheduleRemoveChild(&root, moving);
-    modifier->scheduleAddChild(&to, moving);
     modifier->scheduleRemoveChild(&to, out.get()); // scheduled first, yet carried out last
-    modifier->scheduleAddChild(&to, out.get());
-    modifier->scheduleAddChild(&to, out.get());
-    modifier->scheduleAddChild(&to, second);
+    for (AgentNode* const added : {moving, out.get(), out.get(), second})
+        modifier->scheduleAddChild(&to, added);
     root.sendEvent(AgentEvent::POST_UPDATE);
     EXPECT_EQ(childNames(to), "");
     for (int i = 0; i < 2; ++i) { // once
@@ -139,11 +127,89 @@ TEST(SceneGraphModifierComponent, CarriesOutAdditionsThenRemovals) {
     }
     EXPECT_EQ(moving->getParent(), &to);
     EXPECT_TRUE(to.getOsgTransform()->getNumChildren() == 2 && moving->getOsgTransform()->getNumParents() == 1);
-    modifier->scheduleAddChild(&to, second);
-    modifier->update();
     modifier->scheduleAddChild(&to, moving);
     modifier.reset(); // what waits is dropped
-    EXPECT_EQ(childNames(to), "moving second second");
+    EXPECT_EQ(childNames(to), "moving second");
+}
+
+BodyDouble* giveBody(AgentNode& node) {
+    auto* const body = new BodyDouble;
+    static_cast<RigidBodyComponent*>(node.addComponent("RigidBodyComponent"))->setBody(body);
+    return body;
+}
+
+TEST(RigidBodyComponent, OwnsItsBodyAndTheLastOneOnTheAgentCounts) {
+    AgentNode node;
+    auto* const first = static_cast<RigidBodyComponent*>(node.addComponent("RigidBodyComponent"));
+    auto* const second = static_cast<RigidBodyComponent*>(node.addComponent("RigidBodyComponent"));
+    auto* const body = new BodyDouble;
+    node.magicMove(vec(1, 0, 0)); // bodies may be missing
+    node.sendEvent(AgentEvent::UPDATE);
+    for (int i = 0; i < 2; ++i)
+        second->setBody(body); // the same one stays
+    EXPECT_EQ(body->userData, static_cast<dynamics::DynamicsUserData*>(second));
+    second->setBody(new BodyDouble);
+    EXPECT_TRUE(BodyDouble::alive == 1 && node.getRigidBody() == second);
+    node.removeComponent(second);
+    second->update(); // without an agent
+    EXPECT_EQ(node.getRigidBody(), first);
+    for (int i = 0; i < 2; ++i)
+        node.addComponent(second);
+    delete first;
+    EXPECT_EQ(node.getRigidBody(), second);
+    delete static_cast<dynamics::DynamicsUserData*>(second);
+    EXPECT_TRUE(BodyDouble::alive == 0 && !node.getRigidBody());
+}
+
+TEST(RigidBodyComponent, TheBodyLeadsWhileItIsActive) {
+    AgentNode root;
+    root.setPosition(vec(9, 9, 9));
+    AgentNode& node = *root.addChild("node");
+    BodyDouble* const body = giveBody(node);
+    gmtl::setTrans(body->pose, vec(1, 2, 3));
+    for (const bool active : {false, true}) {
+        body->active = active;
+        node.setPosition(vec(5, 5, 5));
+        root.sendEvent(AgentEvent::POST_UPDATE);
+        root.sendEvent(AgentEvent::UPDATE);
+        EXPECT_EQ(take(body->calls), active ? "getMatrix" : "");
+        EXPECT_TRUE(node.getPosition() == (active ? vec(1, 2, 3) : vec(5, 5, 5)));
+    }
+}
+
+TEST(MagicMove, MovesTheBodiesOfTheBranch) {
+    AgentNode root;
+    AgentNode* const child = root.addChild("child");
+    BodyDouble* const body = giveBody(*child);
+    BodyDouble* const deep = giveBody(*child->addChild("deep"));
+    BodyDouble* const aside = giveBody(*root.addChild("aside"));
+    deep->pose[1][3] = 5;
+    child->magicMove(vec(1, 0, -2));
+    const std::string rest = "setLinearVelocity(0,0,0) setAngularVelocity(0,0,0)";
+    EXPECT_EQ(take(deep->calls), "getMatrix prepareMove setPosition(1,5,-2) " + rest);
+    EXPECT_EQ(take(body->calls), "getMatrix prepareMove setPosition(1,0,-2) " + rest);
+    EXPECT_THAT(aside->calls, IsEmpty());
+    EXPECT_TRUE(child->getPosition() == vec(0, 0, 0)) << "agents follow at the next update";
+    root.addComponent("RigidBodyComponent");
+    EXPECT_THAT(root.getDynamicsBodies(), testing::UnorderedElementsAre(nullptr, body, deep, aside));
+}
+
+TEST(JointComponent, OwnsTheJointAndGivesItAsWhatItIs) {
+    AgentNode root;
+    auto* const component = static_cast<JointComponent*>(root.addChild("child")->addComponent("JointComponent"));
+    const auto kind = [&](dynamics::DynamicsJoint* joint) {
+        for (int i = 0; i < 2; ++i)
+            component->setJoint(joint); // the same one stays
+        EXPECT_THAT(root.getDynamicsJoints(), ElementsAre(joint));
+        return std::string(component->getD6Joint() ? "six" : "") + (component->getRevoluteJoint() ? "revolute" : "") +
+               (component->getPrismaticJoint() ? "prismatic" : "");
+    };
+    EXPECT_EQ(kind(new JointDouble<dynamics::DynamicsD6Joint>), "six");
+    EXPECT_EQ(kind(new Joint), "revolute");
+    EXPECT_EQ(kind(new JointDouble<dynamics::DynamicsPrismaticJoint>), "prismatic");
+    EXPECT_EQ(kind(new JointDouble<dynamics::DynamicsJoint>), "");
+    EXPECT_EQ(kind(nullptr), "");
+    EXPECT_EQ(JointDouble<dynamics::DynamicsJoint>::alive + Joint::alive, 0);
 }
 
 } // namespace
