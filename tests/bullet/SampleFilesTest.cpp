@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
-#include <regex>
 
 namespace tessarin::dynamics::bullet {
 
@@ -19,25 +18,32 @@ std::string samplesFolder() {
     return named ? named : TESSARIN_COLLADA_SAMPLES;
 }
 
-/// What a pattern matches in its brackets, from place to place.
-std::vector<std::string> findAll(const std::string& text, const std::string& pattern) {
-    const std::regex regex(pattern);
-    return {std::sregex_token_iterator(text.begin(), text.end(), regex, 1), std::sregex_token_iterator()};
+/// An attribute of each element with that tag, in the order of the document.
+std::vector<std::string> attributesOf(const std::string& text, const std::string& tag, const std::string& name) {
+    std::vector<std::string> values;
+    for (std::size_t at = text.find("<" + tag + " "); at != std::string::npos;
+         at = text.find("<" + tag + " ", at + 1)) {
+        const std::string element = text.substr(at, text.find('>', at) - at);
+        const std::size_t value = element.find(" " + name + "=\"") + name.size() + 3;
+        values.push_back(element.substr(value, element.find('"', value) - value));
+    }
+    return values;
 }
 
 void expectRunsAsAuthored(const std::string& path) {
     SCOPED_TRACE(path);
     std::ifstream file(path);
     const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    std::vector<std::string> names = findAll(text, "<instance_rigid_body[^>]* target=\"#([^\"]*)\"");
+    const std::vector<std::string> ids = attributesOf(text, "node", "id");
+    std::vector<std::string> names = attributesOf(text, "instance_rigid_body", "target");
     for (std::string& name : names) {
-        const std::vector<std::string> named = findAll(text, "<node id=\"" + name + "\" name=\"([^\"]*)\"");
-        name = named.empty() ? name : named[0];
+        const auto node = std::find(ids.begin(), ids.end(), name.substr(1)) - ids.begin();
+        name = attributesOf(text, "node", "name").at(static_cast<std::size_t>(node));
     }
     LoadedWorld loaded;
     loaded.world->loadScene(path, Pose(), loaded);
     EXPECT_EQ(loaded.names(), names);
-    EXPECT_EQ(loaded.joints.size(), findAll(text, "<(instance_rigid_constraint)").size());
+    EXPECT_EQ(loaded.joints.size(), attributesOf(text, "instance_rigid_constraint", "constraint").size());
     const ModelNodes model(path);
     ASSERT_TRUE(model.isRead());
     for (const auto& body : loaded.bodies) {
