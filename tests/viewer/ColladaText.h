@@ -1,6 +1,5 @@
 #pragma once
 
-#include <regex>
 #include <string>
 
 namespace tessarin::viewer {
@@ -11,17 +10,17 @@ namespace tessarin::viewer {
 inline std::string colladaText(const std::string& upAxis, const std::string& nodes, const std::string& bodies = {},
                                const std::string& instances = {}) {
     const auto geometry = [](const std::string& id, const std::string& tag) {
-        std::string text =
-            "<geometry id='ID'><TAG><source id='ID-p'><float_array id='ID-a' count='24'>0 0 0 1 0 0 1 1 0 "
-            "0 1 0 0 0 1 1 0 1 1 1 1 0 1 1</float_array><technique_common><accessor source='#ID-a' "
-            "count='8' stride='3'><param name='X' type='float'/><param name='Y' type='float'/>"
-            "<param name='Z' type='float'/></accessor></technique_common></source>"
-            "<vertices id='ID-v'><input semantic='POSITION' source='#ID-p'/></vertices>"
-            "<triangles count='12'><input semantic='VERTEX' source='#ID-v' offset='0'/>"
-            "<p>0 2 1 0 3 2 4 5 6 4 6 7 0 1 5 0 5 4 1 2 6 1 6 5 2 3 7 2 7 6 3 0 4 3 4 7</p></triangles>"
-            "</TAG></geometry>";
-        text = std::regex_replace(text, std::regex("ID"), id);
-        return std::regex_replace(text, std::regex("TAG"), tag);
+        return "<geometry id='" + id + "'><" + tag + "><source id='" + id + "-p'><float_array id='" + id +
+               "-a' count='24'>0 0 0 1 0 0 1 1 0 0 1 0 0 0 1 1 0 1 1 1 1 0 1 1</float_array><technique_common>"
+               "<accessor source='#" +
+               id +
+               "-a' count='8' stride='3'><param name='X' type='float'/><param name='Y' type='float'/>"
+               "<param name='Z' type='float'/></accessor></technique_common></source><vertices id='" +
+               id + "-v'><input semantic='POSITION' source='#" + id +
+               "-p'/></vertices><triangles count='12'><input semantic='VERTEX' source='#" + id +
+               "-v' offset='0'/><p>0 2 1 0 3 2 4 5 6 4 6 7 0 1 5 0 5 4 1 2 6 1 6 5 2 3 7 2 7 6 3 0 4 3 4 7</p>"
+               "</triangles></" +
+               tag + "></geometry>";
     };
     const std::string physics =
         bodies.empty()
