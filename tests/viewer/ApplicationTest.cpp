@@ -1,5 +1,11 @@
 #include <tests/viewer/ViewerTest.h>
 
+#include <sys/resource.h>
+
+#include <csignal>
+#include <iostream>
+#include <iterator>
+
 namespace tessarin::viewer {
 namespace {
 
@@ -82,6 +88,44 @@ TEST_F(ApplicationTest, WithoutADisplayOnlyFramesRun) {
     const std::string unwritable = (folder / "no" / "out.xml").string();
     EXPECT_EQ(run({"--frames", "1", "--write", unwritable, tower}), 1);
     EXPECT_EQ(err.str(), "tessarin_viewer: " + unwritable + ": can't be written: No such file or directory\n");
+}
+
+TEST_F(ApplicationTest, FilesAreWrittenWholeOrNotAtAll) {
+    const auto file = write("old.xml", "<Old/>"), link = folder / "link.xml";
+    const auto writeTo = [&](const std::string& path) { return run({"--write-bindings", path}); };
+    std::filesystem::create_symlink("old.xml", link);
+    std::filesystem::permissions(file, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit small{100, before.rlim_max}; // as on a disk that is full
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &small);
+    EXPECT_EQ(writeTo(link), 1);
+    EXPECT_EQ(writeTo(folder / "new.xml"), 1);
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ(err.str(), "tessarin_viewer: " + (folder / "new.xml").string() + ": can't be written: File too large\n");
+    EXPECT_EQ(textOf(file), "<Old/>");
+
+    EXPECT_EQ(writeTo(link), 0);
+    EXPECT_THAT(textOf(file), HasSubstr("</Bindings>\n"));
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_EQ(std::filesystem::status(file).permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    const std::filesystem::path other = folder / "other.xml";
+    std::filesystem::create_hard_link(file, other);
+    std::ofstream(other) << "<Old/>";
+    EXPECT_EQ(writeTo(file), 0);
+    EXPECT_EQ(textOf(other), textOf(file)) << "both names stay those of one file";
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 3) << "nothing is left beside them";
+
+    EXPECT_EQ(failure({"--write-bindings", "/dev/full"}), "/dev/full: can't be written: No space left on device");
+    EXPECT_EQ(failure({"--write-bindings", folder}), folder.string() + ": can't be written: Is a directory");
+    testing::internal::CaptureStdout();
+    std::cout << "before\n";
+    EXPECT_EQ(writeTo("/dev/stdout"), 0);
+    std::cout << "after\n" << std::flush;
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "before\n" + textOf(file) + "after\n");
 }
 
 } // namespace
