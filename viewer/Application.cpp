@@ -107,7 +107,6 @@ void Application::runScene(const Options& options, osg::ApplicationUsage& usage)
     const Bindings bindings = readBindings(options);
     Scene scene(options.file, options.patches);
     const std::unique_ptr<Window> window = openWindow(options, scene, usage);
-    bindings.describe(usage);
     if (window)
         window->lookAt(findSubject(scene.getGraph()));
     else

@@ -98,10 +98,18 @@ TEST_F(BindingsTest, AFileGoesOverTheDefaultsAndComesBackAsItWasWritten) {
     EXPECT_EQ(textOf(folder / "all.xml"), textOf(folder / "again.xml"));
 
     const osg::ref_ptr<osg::ApplicationUsage> usage = new osg::ApplicationUsage;
-    bindings.read(write("horn.xml", "<Bindings><VirtualInput name='horn' pos='key g'/></Bindings>"));
+    bindings.read(write("horn.xml", "<Bindings><VirtualInput name='horn' pos='key g' neg='siren'/>"
+                                    "<VirtualInput name='siren' pos='key u' neg='mouse 4'/>"
+                                    "<VirtualInput name='bell' pos='key r'/>"
+                                    "<VirtualInput name='gong' pos='joystick 11 button 0'/></Bindings>"));
+    usage->addKeyboardMouseBinding("a", "another handler's");
+    usage->addKeyboardMouseBinding("b", "another handler's");
     bindings.describe(*usage);
     EXPECT_EQ(usage->getKeyboardMouseBindings().at("d, a"), "Steer: right, left");
-    EXPECT_EQ(usage->getKeyboardMouseBindings().at("g"), "horn") << "the help screen lists every key";
+    EXPECT_EQ(usage->getKeyboardMouseBindings().at("g, siren"), "horn") << "the help screen lists every key";
+    EXPECT_EQ(usage->getKeyboardMouseBindings().at("r"), "Begin anew from the files; bell");
+    EXPECT_EQ(usage->getKeyboardMouseBindings().count("a"), 0U) << "what is bound is kept from the others";
+    EXPECT_EQ(usage->getKeyboardMouseBindings().count("b"), 1U);
 }
 
 TEST_F(BindingsTest, WhatIsWrongIsToldInALine) {
@@ -126,6 +134,11 @@ TEST_F(BindingsTest, WhatIsWrongIsToldInALine) {
           {"<VirtualInput name='a' dead='-0.1'/>", "dead is to be 0 or more"},
           {"<VirtualInput name='a' dead='nan'/>", "dead is to be 0 or more"},
           {"<VirtualInput name='a' neg='key Lefft'/>", "no key is called \"key Lefft\""},
+          {"<VirtualInput name='a' pos='mouse 3'/>", "no key, button or input is called \"mouse 3\""},
+          {"<VirtualInput name='a' pos='joystick 0 button 01'/>",
+           "no key, button or input is called \"joystick 0 button 01\""},
+          {"<VirtualInput name='a'><pos>key a</pos></VirtualInput>", "unknown element pos"},
+          {"<VirtualInput name='a' axis='-2' joyNum='0'/>", "axis is to be 0 or more, or -1 for none"},
           {"<VirtualInput name='a' axis='1'/>", "an axis needs the joyNum of its joystick"}})
         EXPECT_EQ(refusal("<Bindings><VirtualInput name='a'/>" + binding + "</Bindings>"), ": binding 2: " + line);
 }

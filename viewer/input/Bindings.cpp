@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 
 namespace tessarin::viewer {
 
@@ -71,15 +72,28 @@ void readValue(const std::string& attribute, const std::string& text, Value& val
         throw ViewerError(attribute + "=\"" + text + "\" is no number");
 }
 
-/// Codes of keys are the viewer's; what else a text may be, another virtual input for example, isn't known here.
-void requireKey(const std::string& code) {
-    if (code.rfind(keyPrefix, 0) == 0 && !isKeyCode(code))
-        throw ViewerError("no key is called \"" + code + "\"");
+/// "joystick 0 button 3", in no other spelling.
+bool isJoystickButton(const std::string& code) {
+    int joystick = -1, button = -1;
+    return std::sscanf(code.c_str(), "joystick %9d button %9d", &joystick, &button) == 2 && joystick >= 0 &&
+           button >= 0 && code == agent::Input::instance()->createJoystickCode(joystick, button);
+}
+
+/// What comes from devices, or a name.
+void requireKnown(const std::string& code, const std::vector<VirtualInput>& inputs) {
+    if (code.empty() || isKeyCode(code) || code == "mouse 1" || code == "mouse 2" || code == "mouse 4" ||
+        isJoystickButton(code) ||
+        std::any_of(inputs.begin(), inputs.end(), [&](const VirtualInput& input) { return input.name == code; }))
+        return;
+    const bool isKey = code.rfind(keyPrefix, 0) == 0;
+    throw ViewerError((isKey ? "no key is called \"" : "no key, button or input is called \"") + code + "\"");
 }
 
 VirtualInput readInput(const XMLNode& element) {
     if (element.tag != "VirtualInput")
         throw ViewerError("unknown element " + element.tag);
+    if (element.getNumChildren() > 0)
+        throw ViewerError("unknown element " + element.getChild(0)->tag);
     VirtualInput input;
     for (const auto& [attribute, text] : element.attributes) {
         if (attribute == "name")
@@ -105,10 +119,10 @@ VirtualInput readInput(const XMLNode& element) {
         throw ViewerError("scale is to be a number other than 0");
     if (!(input.dead >= 0))
         throw ViewerError("dead is to be 0 or more");
+    if (input.axis < -1)
+        throw ViewerError("axis is to be 0 or more, or -1 for none");
     if (input.axis != -1 && input.joyNum < 0)
         throw ViewerError("an axis needs the joyNum of its joystick");
-    requireKey(input.pos);
-    requireKey(input.neg);
     return input;
 }
 
@@ -129,6 +143,15 @@ void addTo(XMLNode& root, const VirtualInput& input) {
 
 auto findIn(const std::vector<VirtualInput>& inputs, const std::string& name) {
     return std::find_if(inputs.begin(), inputs.end(), [&](const VirtualInput& input) { return input.name == name; });
+}
+
+/// In the place of the one of its name, or as a new one.
+void put(const VirtualInput& input, std::vector<VirtualInput>& inputs) {
+    const auto found = std::find(inputs.begin(), inputs.end(), input); // by its name
+    if (found == inputs.end())
+        inputs.push_back(input);
+    else
+        *found = input;
 }
 
 /// As it stands on the key: "page up" for "key page up".
@@ -157,17 +180,15 @@ void Bindings::read(const std::filesystem::path& file) {
     if (root.tag != "Bindings")
         throw ViewerError(file.string() + ": no bindings, its root element is " + root.tag + " and not Bindings");
     std::vector<VirtualInput> result = all;
-    for (int i = 0; i < root.getNumChildren(); ++i) {
-        try {
-            const VirtualInput input = readInput(*root.getChild(i));
-            const auto found = std::find(result.begin(), result.end(), input); // by its name
-            if (found == result.end())
-                result.push_back(input);
-            else
-                *found = input;
-        } catch (const ViewerError& error) {
-            throw ViewerError(file.string() + ": binding " + std::to_string(i + 1) + ": " + error.what());
-        }
+    int i = 0;
+    try {
+        for (; i < root.getNumChildren(); ++i)
+            put(readInput(*root.getChild(i)), result);
+        for (i = 0; i < root.getNumChildren(); ++i)
+            for (const char* const button : {"pos", "neg"})
+                requireKnown(root.getChild(i)->getAttributeValue(button), result);
+    } catch (const ViewerError& error) {
+        throw ViewerError(file.string() + ": binding " + std::to_string(i + 1) + ": " + error.what());
     }
     all = std::move(result);
 }
@@ -185,13 +206,20 @@ void Bindings::giveToInput() const {
 }
 
 void Bindings::describe(osg::ApplicationUsage& usage) const {
+    osg::ApplicationUsage::UsageMap lines = usage.getKeyboardMouseBindings(), own;
     for (const VirtualInput& input : all) {
         const auto known = std::find_if(std::begin(defaults), std::end(defaults),
                                         [&](const Default& each) { return input.name == each.name; });
+        for (const std::string& button : {input.pos, input.neg})
+            lines.erase(withoutPrefix(button)); // what it does otherwise
         const std::string names = nameKeys(input);
-        if (!names.empty())
-            usage.addKeyboardMouseBinding(names, known != std::end(defaults) ? known->meaning : input.name);
+        if (names.empty())
+            continue;
+        std::string& line = own[names];
+        line += (line.empty() ? "" : "; ") + (known != std::end(defaults) ? known->meaning : input.name);
     }
+    own.insert(lines.begin(), lines.end());
+    usage.setKeyboardMouseBindings(own);
     usage.addKeyboardMouseBinding("left mouse", "Drag a body; turn the view elsewhere");
 }
 
