@@ -1,6 +1,7 @@
 #pragma once
 
-#include <cstdint>
+#include <sys/stat.h>
+
 #include <filesystem>
 #include <optional>
 
@@ -12,16 +13,25 @@ public:
     /// The file may be missing.
     explicit DocumentWatch(std::filesystem::path file);
 
-    /// True once for each time the file was saved since the last call, and at first if it is there.
+    /// True once for each time the file was saved, or could be read again, since the last call, and at first if it is
+    /// there.
     bool takeChange();
+
+    bool isThere() const;
 
     const std::filesystem::path& getFile() const { return file; }
 
 private:
     struct State {
-        std::filesystem::file_time_type time;
-        std::uintmax_t size;
+        timespec time;
+        off_t size;
+        ino_t number; // of the file itself, whatever bears its name
+        bool isReadable;
+
+        bool operator==(const State& other) const;
     };
+
+    std::optional<State> look() const;
 
     std::filesystem::path file;
     std::optional<State> last;

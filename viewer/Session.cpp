@@ -5,17 +5,17 @@
 #include <viewer/Hand.h>
 #include <viewer/Scene.h>
 #include <viewer/SimulationTime.h>
-#include <viewer/ViewerError.h>
 #include <viewer/Window.h>
 #include <viewer/input/Bindings.h>
-#include <viewer/input/WindowFocus.h>
 
 #include <agent/AgentNode.h>
 #include <agent/Input.h>
 #include <logging/Log.h>
 #include <logging/Logger.h>
 
+#include <exception>
 #include <sstream>
+#include <utility>
 
 namespace tessarin::viewer {
 
@@ -43,6 +43,28 @@ osg::Vec3d placeOf(agent::AgentNode& agent) {
     return matrices.empty() ? osg::Vec3d() : matrices.front().getTrans();
 }
 
+/// Names the keys that lead on, as far as there are any.
+std::string describePause(const Bindings& bindings) {
+    std::string text = "Paused";
+    for (const auto& [name, meaning] : {std::pair("pause", "go on"), std::pair("step", "one frame")}) {
+        const std::string button = bindings.getButton(name);
+        if (!button.empty())
+            text += (text == "Paused" ? " - " : ", ") + button + ": " + meaning;
+    }
+    return text;
+}
+
+/// The last word on keys: as the last of the handlers it is asked after all that know a key by another meaning.
+class BindingsHelp : public osgGA::GUIEventHandler {
+public:
+    explicit BindingsHelp(const Bindings& bindingsToTell) : bindings(bindingsToTell) {}
+
+    void getUsage(osg::ApplicationUsage& usage) const override { bindings.describe(usage); }
+
+private:
+    const Bindings& bindings;
+};
+
 bool isCommanded(const char* command) {
     return Input::instance()->wasButtonPressed(command);
 }
@@ -58,14 +80,17 @@ Session::Session(Scene& sceneToShow, FrameLoop& loopToDrive, Window& windowToUse
         if (binding.pos == "key escape" || binding.neg == "key escape")
             window.getViewer().setKeyEventSetsDone(0); // which no handler could keep from it
     }
-    pausedText = "Paused - " + bindings.getButton("pause") + ": go on, " + bindings.getButton("step") + ": one frame";
+    pausedText = describePause(bindings);
     window.getViewer().getEventHandlers().push_front(feeder);
+    help = new BindingsHelp(bindings);
+    window.getViewer().addEventHandler(help);
     sendEventsToRoot();
 }
 
 Session::~Session() {
     window.getViewer().removeEventHandler(agentEvents);
     window.getViewer().removeEventHandler(feeder);
+    window.getViewer().removeEventHandler(help);
 }
 
 void Session::watch(const std::filesystem::path& document) {
@@ -111,8 +136,13 @@ void Session::takeEvents() {
 void Session::releaseWithoutFocus() {
     if (!feeder->isAnythingHeld()) {
         hadFocus = false;
-    } else if (window.hasFocus()) {
+        return;
+    }
+    const Focus focus = window.findFocus();
+    if (focus != Focus::ELSEWHERE) {
         hadFocus = true;
+        if (focus == Focus::UNDER_CURSOR)
+            feeder->releaseKeys(); // a button that is held belongs to the window wherever the cursor goes
     } else if (hadFocus || feeder->isKeyHeld()) {
         // And not where a click has yet to bring the focus. Keys come only where it is.
         feeder->releaseAll();
@@ -140,11 +170,11 @@ void Session::obeyCommands() {
 }
 
 void Session::reload() {
-    attempt("Loaded again: " + scene.getFile().string(), [&] {
+    const bool isLoaded = attempt("Loaded again: " + scene.getFile().string(), [&] {
         scene.reload();
         sendEventsToRoot();
     });
-    if (watched)
+    if (isLoaded && watched && watched->isThere())
         applyWatched();
 }
 
@@ -152,14 +182,16 @@ void Session::applyWatched() {
     attempt("Applied: " + watched->getFile().string(), [&] { scene.apply(watched->getFile()); });
 }
 
-void Session::attempt(const std::string& success, const std::function<void()>& action) {
+bool Session::attempt(const std::string& success, const std::function<void()>& action) {
     try {
         action();
         tell(success);
-    } catch (const ViewerError& error) {
+        return true;
+    } catch (const std::exception& error) {
         tell(error.what());
         TESSARIN_LOG(logging::Logger::instance()->getCategory("viewer", true), logging::Logger::errorLevel,
                      error.what());
+        return false;
     }
 }
 

@@ -57,7 +57,7 @@ private:
     void follow();
     void fitTexts();
     void showTexts(double seconds);
-    void attempt(const std::string& success, const std::function<void()>& action);
+    bool attempt(const std::string& success, const std::function<void()>& action);
     void tell(const std::string& text);
 
     Scene& scene;
@@ -66,6 +66,7 @@ private:
     Joysticks joysticks;
     osg::ref_ptr<InputFeeder> feeder = new InputFeeder;
     osg::ref_ptr<AgentEvents> agentEvents;
+    osg::ref_ptr<osgGA::GUIEventHandler> help;
     HeadsUp headsUp;
     std::optional<DocumentWatch> watched;
     std::string pausedText;

@@ -4,7 +4,6 @@
 #include <viewer/Sky.h>
 #include <viewer/Snapshot.h>
 #include <viewer/ViewerError.h>
-#include <viewer/input/WindowFocus.h>
 
 #include <osg/ApplicationUsage>
 #include <osgGA/StateSetManipulator>
@@ -164,8 +163,8 @@ void Window::pointAt(int x, int y) {
     window->getEventQueue()->mouseMotion(static_cast<float>(x), static_cast<float>(y));
 }
 
-bool Window::hasFocus() {
-    return viewer::hasFocus(*viewer.getCamera()->getGraphicsContext());
+Focus Window::findFocus() {
+    return viewer::findFocus(*viewer.getCamera()->getGraphicsContext());
 }
 
 void Window::drawPicture(const std::filesystem::path& file) {

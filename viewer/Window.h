@@ -1,6 +1,7 @@
 #pragma once
 
 #include <viewer/Daylight.h>
+#include <viewer/input/WindowFocus.h>
 
 #include <osg/BoundingBox>
 #include <osg/GraphicsContext>
@@ -57,7 +58,7 @@ public:
     void pointAt(int x, int y);
 
     /// Whether keys go to this window.
-    bool hasFocus();
+    Focus findFocus();
 
     /// True when the person has closed the window.
     bool isDone() const { return viewer.done(); }

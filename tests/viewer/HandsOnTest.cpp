@@ -137,7 +137,11 @@ TEST_F(HandsOnTest, KeysAndWheelReachTheInputAndNothingSticks) {
     do_("search --sync --name 'another window' windowfocus");
     EXPECT_TRUE(comes([&] { return !input.isButtonCodePressed("key left"); }));
     EXPECT_TRUE(comes([&] { return !input.isButtonCodePressed("mouse 1"); }));
-    do_("keyup Left mouseup 1");
+    do_("keyup Left mouseup 1 mousemove 200 290 windowfocus 1 keydown x"); // the focus is where the cursor is
+    EXPECT_TRUE(comes([&] { return input.isButtonCodePressed("key x"); }));
+    do_("mousemove 700 590");
+    EXPECT_TRUE(comes([&] { return !input.isButtonCodePressed("key x"); }));
+    do_("keyup x");
 }
 
 TEST_F(HandsOnTest, TheCursorHighlightsSelectsAndDrags) {
@@ -155,6 +159,10 @@ TEST_F(HandsOnTest, TheCursorHighlightsSelectsAndDrags) {
     do_("mousemove " + placeOf("brick", -60));
     EXPECT_TRUE(comes([&] { return getX("brick") < before - 0.1; }));
     EXPECT_EQ(window.getViewer().getCamera()->getViewMatrix(), view) << "the camera keeps still meanwhile";
+    getAgent("brick").getComponent("DragComponent")->setAsString("frequency", "-3");
+    for (int frame = 0; frame < 60; ++frame)
+        session.frame(1.0 / 60);
+    EXPECT_NEAR(getX("brick"), before, 10) << "what is no frequency throws nothing about";
     do_("mouseup 1");
     EXPECT_TRUE(comes([&] { return !Hand::instance().isHolding(); }));
 
@@ -203,6 +211,9 @@ TEST_F(HandsOnTest, TheKeysOfTheViewerPauseStepReloadAndEnd) {
     EXPECT_TRUE(comes([&] { return !session.isPaused(); }));
     EXPECT_TRUE(scene.getRoot().getChild("renamed")) << "a file that has gone leaves the scene as it was";
 
+    window.getViewer().getUsage(*usage);
+    EXPECT_EQ(usage->getKeyboardMouseBindings().at("space"), "Pause, and go on");
+
     Journal rootJournal;
     RecordingComponent* const recorder =
         new RecordingComponent(&rootJournal, "", RecordingComponent::Events{AgentEvent::WINDOW_RESIZE});
@@ -237,6 +248,24 @@ TEST_F(HandsOnTest, AWatchedDocumentIsAppliedEachTimeItIsSaved) {
     do_("key r");
     EXPECT_TRUE(comes([&] { return &scene.getRoot() != before; }));
     EXPECT_EQ(getX("post"), 5) << "it holds after a reload too";
+
+    const std::filesystem::path next = temporary("tessarin_next.xml");
+    std::filesystem::rename(document, next);
+    moveTo("6");
+    std::filesystem::rename(document, temporary("tessarin_watched.tmp"));
+    std::filesystem::rename(next, document);
+    session.frame(0);
+    std::filesystem::rename(temporary("tessarin_watched.tmp"), next);
+    std::filesystem::last_write_time(next, std::filesystem::last_write_time(document));
+    std::filesystem::rename(next, document);
+    session.frame(0);
+    EXPECT_EQ(getX("post"), 6) << "another file, though of the same size and time";
+
+    getAgent("post").setName("renamed");
+    std::filesystem::remove(file);
+    do_("key r key space");
+    EXPECT_TRUE(comes([&] { return session.isPaused(); }));
+    EXPECT_EQ(scene.getRoot().getChild("post"), nullptr) << "a reload that fails changes nothing";
     std::filesystem::remove(document);
 }
 

@@ -111,7 +111,7 @@ void DragComponent::prePhysicsTick() {
 
     const double tick = SimulationTime::tick;
     // A spring that is faster than the steps would throw the body about.
-    const double rate = std::min(2 * osg::PI * fields.frequency, 0.3 / tick);
+    const double rate = std::max(0.0, std::min(0.3 / tick, 2 * osg::PI * fields.frequency));
     const osg::Vec3d push = (stretch * (rate * rate) - velocity * (2 * damping * rate)) * (control->getMass() * tick);
     const osg::Vec3f slowed(spin * std::max(0.0, 1 - spinDamping * tick));
     body.setAngularVelocity({slowed.x(), slowed.y(), slowed.z()});

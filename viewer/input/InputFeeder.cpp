@@ -23,12 +23,16 @@ void InputFeeder::beginFrame() {
     Input::instance()->setMouseScrolling(false);
 }
 
-void InputFeeder::releaseAll() {
+void InputFeeder::releaseKeys() {
     for (const std::string& code : heldKeys)
         Input::instance()->releaseButton(code);
+    heldKeys.clear();
+}
+
+void InputFeeder::releaseAll() {
+    releaseKeys();
     for (const int button : heldMouseButtons)
         Input::instance()->releaseMouseButton(button);
-    heldKeys.clear();
     heldMouseButtons.clear();
 }
 

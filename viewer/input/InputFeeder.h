@@ -22,8 +22,11 @@ public:
     /// A key that is bound here, so that no other handler is to act on it as well.
     void reserve(const std::string& code) { reserved.insert(code); }
 
-    /// Releases all keys and mouse buttons that are held, as if the person had let go.
-    void releaseAll();
+    /// Releases what is held, as if the person had let go.
+    /// @{
+    void releaseKeys();
+    void releaseAll(); // mouse buttons too
+    /// @}
 
     bool isKeyHeld() const { return !heldKeys.empty(); }
     bool isAnythingHeld() const { return !heldKeys.empty() || !heldMouseButtons.empty(); }

@@ -4,8 +4,14 @@
 
 namespace tessarin::viewer {
 
-/// Whether keys that are pressed now go to a window. True also where that can't be found out. Asks the display server,
-/// so it is a question for when it matters.
-bool hasFocus(osg::GraphicsContext& window);
+/// Where keys go that are pressed now.
+enum class Focus {
+    HERE,         ///< To the window, or that can't be found out.
+    UNDER_CURSOR, ///< To whatever is under the cursor, which isn't the window.
+    ELSEWHERE
+};
+
+/// Asks the display server, so it is a question for when it matters.
+Focus findFocus(osg::GraphicsContext& window);
 
 } // namespace tessarin::viewer
