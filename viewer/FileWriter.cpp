@@ -99,9 +99,10 @@ bool replace(const Path& file, const Print& print) {
 
 void writeFile(const Path& file, const Print& print) {
     if (isOwnOutput(file)) {
+        errno = 0;
         print(std::cout);
         if (!std::cout.flush())
-            fail(file, 0);
+            fail(file, errno);
     } else if (!replace(file, print)) {
         if (const int wrong = printTo(file, print))
             fail(file, wrong);

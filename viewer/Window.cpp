@@ -116,6 +116,8 @@ void Window::lookAt(const osg::BoundingBoxd& subject) {
     osg::Vec3d direction(-0.45, -1, 0.42);
     direction.normalize();
     const double distance = findDistance(box, direction, halfHeight * aspect, halfHeight);
+    // Drawing fits these; rays of the first frame go by them.
+    viewer.getCamera()->setProjectionMatrixAsPerspective(vertical, aspect, distance / 20, distance * 1000);
     trackball->setAutoComputeHomePosition(false);
     trackball->setHomePosition(box.center() + direction * distance, box.center(), osg::Vec3d(0, 0, 1));
     goHome();

@@ -175,6 +175,17 @@ TEST_F(HandsOnTest, TheCursorHighlightsSelectsAndDrags) {
     do_("mouseup 1");
 }
 
+TEST_F(HandsOnTest, RaysReachSubjectsOfAnySizeBeforeTheFirstPicture) {
+    for (const double size : {1e-3, 1.0, 1e6}) {
+        window.lookAt(osg::BoundingBoxd(0, 0, 0, size, size, size));
+        const osg::Camera& camera = *window.getViewer().getCamera();
+        double angle = 0, aspect = 0, near = 0, far = 0;
+        camera.getProjectionMatrixAsPerspective(angle, aspect, near, far);
+        const double distance = -(osg::Vec3d(size, size, size) / 2 * camera.getViewMatrix()).z();
+        EXPECT_TRUE(near < distance - size && distance + size < far) << size;
+    }
+}
+
 TEST_F(HandsOnTest, TheSelectedBodyIsPushedAsThePersonLooksAndFollowed) {
     Hand::instance().select(&getAgent("brick"));
     const osg::Vec3d right = Hand::instance().getRight();
