@@ -13,7 +13,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdio>
+#include <map>
 
 namespace tessarin::viewer {
 
@@ -80,10 +82,9 @@ bool isJoystickButton(const std::string& code) {
 }
 
 /// What comes from devices, or a name.
-void requireKnown(const std::string& code, const std::vector<VirtualInput>& inputs) {
+void requireKnown(const std::string& code, const std::map<std::string, std::size_t>& names) {
     if (code.empty() || isKeyCode(code) || code == "mouse 1" || code == "mouse 2" || code == "mouse 4" ||
-        isJoystickButton(code) ||
-        std::any_of(inputs.begin(), inputs.end(), [&](const VirtualInput& input) { return input.name == code; }))
+        isJoystickButton(code) || names.count(code) > 0)
         return;
     const bool isKey = code.rfind(keyPrefix, 0) == 0;
     throw ViewerError((isKey ? "no key is called \"" : "no key, button or input is called \"") + code + "\"");
@@ -145,15 +146,6 @@ auto findIn(const std::vector<VirtualInput>& inputs, const std::string& name) {
     return std::find_if(inputs.begin(), inputs.end(), [&](const VirtualInput& input) { return input.name == name; });
 }
 
-/// In the place of the one of its name, or as a new one.
-void put(const VirtualInput& input, std::vector<VirtualInput>& inputs) {
-    const auto found = std::find(inputs.begin(), inputs.end(), input); // by its name
-    if (found == inputs.end())
-        inputs.push_back(input);
-    else
-        *found = input;
-}
-
 /// As it stands on the key: "page up" for "key page up".
 std::string withoutPrefix(const std::string& code) {
     return code.rfind(keyPrefix, 0) == 0 ? code.substr(keyPrefix.size()) : code;
@@ -180,13 +172,22 @@ void Bindings::read(const std::filesystem::path& file) {
     if (root.tag != "Bindings")
         throw ViewerError(file.string() + ": no bindings, its root element is " + root.tag + " and not Bindings");
     std::vector<VirtualInput> result = all;
+    std::map<std::string, std::size_t> places;
+    for (const VirtualInput& input : all)
+        places.emplace(input.name, places.size());
     int i = 0;
     try {
-        for (; i < root.getNumChildren(); ++i)
-            put(readInput(*root.getChild(i)), result);
+        for (; i < root.getNumChildren(); ++i) {
+            const VirtualInput input = readInput(*root.getChild(i));
+            const auto [place, isNew] = places.emplace(input.name, result.size());
+            if (isNew)
+                result.push_back(input);
+            else
+                result[place->second] = input;
+        }
         for (i = 0; i < root.getNumChildren(); ++i)
             for (const char* const button : {"pos", "neg"})
-                requireKnown(root.getChild(i)->getAttributeValue(button), result);
+                requireKnown(root.getChild(i)->getAttributeValue(button), places);
     } catch (const ViewerError& error) {
         throw ViewerError(file.string() + ": binding " + std::to_string(i + 1) + ": " + error.what());
     }
