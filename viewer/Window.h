@@ -57,7 +57,7 @@ public:
     /// Moves the cursor, in pixels from the upper left corner, as if the person did.
     void pointAt(int x, int y);
 
-    /// Whether keys go to this window.
+    /// Where keys go that are pressed now.
     Focus findFocus();
 
     /// True when the person has closed the window.
