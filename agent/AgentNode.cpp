@@ -7,6 +7,7 @@
 
 #include <osg/MatrixTransform>
 
+#include <cassert>
 #include <vector>
 
 namespace tessarin::agent {
@@ -30,6 +31,10 @@ AgentNode::AgentNode(const AgentNode& other) : SimObject(other), allAgentsEntry(
 
 AgentNode& AgentNode::operator=(const AgentNode& other) {
     if (this == &other)
+        return *this;
+    const bool cycle = other.isAbove(this);
+    assert(!cycle && "AgentNode::operator=: an agent cannot be its own descendant.");
+    if (cycle)
         return *this;
     releaseAll();
     if (ownsTransform && osgTransform)
@@ -98,7 +103,7 @@ AgentNode::~AgentNode() {
     ComponentWalk walk(*this);
     for (walk.begin(); Component* component = walk.get(); walk.advance()) {
         if (!component->listing.isSharedWith(this))
-            removeOsgNode(component->getOsgNode(), 1);
+            removeOsgNode(osgNodeOf(component), 1);
     }
     if (ownsTransform && osgTransform)
         removeFromParents(*osgTransform);
@@ -120,7 +125,7 @@ void AgentNode::destroyComponents() {
             const bool owned = !component->listing.isSharedWith(agent);
             const int entries = agent->unlistComponent(component);
             if (owned)
-                agent->removeOsgNode(component->getOsgNode(), entries);
+                agent->removeOsgNode(osgNodeOf(component), entries);
         }
         deleteComponent(component);
     }

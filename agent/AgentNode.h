@@ -58,6 +58,7 @@ public:
     AgentNode(const AgentNode& other);
 
     /// Makes this agent a view of the other. What it held before is detached from it and belongs to the caller.
+    /// @param other not above this agent.
     AgentNode& operator=(const AgentNode& other);
 
     /// Takes the agent's transform out of the scene graph, then deletes the components, then the children, in list
@@ -306,6 +307,8 @@ private:
     void destroyChildren();
     void expireHandles();
     void removeOsgNode(osg::Node* node, int times);
+    static void tellAgentNode(Component* component, AgentNode* node);
+    static osg::Node* osgNodeOf(Component* component);
     bool holdsComponent(const Component* component) const;
     bool isAbove(const AgentNode* node) const;
     Component* initializeNew(Component* component);

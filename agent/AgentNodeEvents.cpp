@@ -67,8 +67,8 @@ Component* AgentNode::addComponent(Component* component) {
         return nullptr;
     if (auto* const body = dynamic_cast<RigidBodyComponent*>(component))
         rigidBody = body;
-    component->setAgentNode(this);
-    osg::Node* const node = component->getOsgNode();
+    tellAgentNode(component, this);
+    osg::Node* const node = osgNodeOf(component);
     if (node && osgTransform)
         osgTransform->addChild(node);
     listComponent(component);
@@ -88,6 +88,16 @@ Component* AgentNode::addComponent(Component* component) {
     const Visit visit(*this);
     callHook("attached", [component] { component->attached(); });
     return component;
+}
+
+void AgentNode::tellAgentNode(Component* component, AgentNode* node) {
+    callHook("setAgentNode", [&] { component->setAgentNode(node); });
+}
+
+osg::Node* AgentNode::osgNodeOf(Component* component) {
+    osg::Node* node = nullptr;
+    callHook("getOsgNode", [&] { node = component->getOsgNode(); });
+    return node;
 }
 
 void AgentNode::listComponent(Component* component) {
@@ -135,8 +145,8 @@ void AgentNode::removeComponent(Component* component) {
     assert(component && "AgentNode::removeComponent takes no null component.");
     if (!component)
         return;
-    component->setAgentNode(nullptr);
-    osg::Node* const node = component->getOsgNode();
+    tellAgentNode(component, nullptr);
+    osg::Node* const node = osgNodeOf(component);
     removeOsgNode(node, std::max(unlistComponent(component), 1));
     component->disconnectAll();
 }

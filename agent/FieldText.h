@@ -1,5 +1,7 @@
 #pragma once
 
+#include <agent/Export.h>
+
 #include <gmtl/Quat.h>
 #include <gmtl/Vec.h>
 
@@ -57,6 +59,10 @@ inline std::string_view nextWord(std::string_view& text) {
     return word;
 }
 
+/// Reads a number that is too near to zero to have all its digits. Some standard libraries' std::from_chars refuses
+/// such a long double; zero and what overflows are refused here too.
+TESSARIN_AGENT_EXPORT bool readDenormal(std::string_view word, long double& value);
+
 template <class Number>
 bool readNumber(std::string_view word, Number& value) {
     if (word.size() > 1 && word[0] == '+' && word[1] != '-')
@@ -64,6 +70,10 @@ bool readNumber(std::string_view word, Number& value) {
     Number number{};
     const char* const end = word.data() + word.size();
     const auto [stop, error] = std::from_chars(word.data(), end, number);
+    if constexpr (std::is_same_v<Number, long double>) {
+        if (error == std::errc::result_out_of_range && stop == end)
+            return readDenormal(word, value);
+    }
     if (error != std::errc() || stop != end)
         return false;
     value = number;

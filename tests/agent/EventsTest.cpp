@@ -107,7 +107,7 @@ TEST(Hooks, WhatTheyThrowIsLoggedAndStopsNobody) {
         throw 5;
     };
     listen(root.addChild("b"), journal);
-    for (const char* const hook : {"update", "onCollision", "attached"})
+    for (const char* const hook : {"update", "onCollision", "setAgentNode", "attached"})
         first->actions[hook] = [] { throw std::runtime_error("no such wheel"); };
     EXPECT_EQ(send(root, journal), "root.update a.update b.update a.deleted") << "the marked one goes last";
     listen(&root, journal, Events{})->actions["onCollision"] = [&] { root.removeComponent(first); };
@@ -115,9 +115,15 @@ TEST(Hooks, WhatTheyThrowIsLoggedAndStopsNobody) {
     root.onCollision(collision);
     EXPECT_EQ(take(journal), "root.onCollision root.onCollision root.setAgentNode null") << "the agent alone hears";
     EXPECT_EQ(root.addComponent(first), first);
+    struct Unseen : RecordingComponent {
+        osg::Node* getOsgNode() override { throw 6; }
+    };
+    AgentNode().addComponent(new Unseen); // asked when it comes and when its agent goes
     const std::string wheel = ": no such wheel", start = "The hook ", end = " let out an exception";
-    EXPECT_THAT(log.takeErrors(), ElementsAre(start + "update" + end + wheel, start + "update" + end,
-                                              start + "onCollision" + end + wheel, start + "attached" + end + wheel));
+    EXPECT_THAT(log.takeErrors(),
+                ElementsAre(start + "update" + end + wheel, start + "update" + end, start + "onCollision" + end + wheel,
+                            start + "setAgentNode" + end + wheel, start + "attached" + end + wheel,
+                            start + "getOsgNode" + end, start + "getOsgNode" + end));
 }
 
 } // namespace

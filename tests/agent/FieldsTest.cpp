@@ -46,12 +46,14 @@ TEST(Accessor, ValuesComeBackEqualInAnyLocaleAndOtherTextsLeaveTheField) {
     throughText(std::numeric_limits<unsigned long>::max());
     throughText(static_cast<signed char>(-128));
     throughText(1.0L / 3);
+    throughText(std::numeric_limits<long double>::denorm_min());
     EXPECT_EQ(throughText(gmtl::Vec<double, 3>(1.5, -2.0, 1e300)), "1.5 -2 1e+300");
     EXPECT_EQ(throughText(gmtl::Quat<float>(0.25f, 0.5f, 0.0f, -1.0f)), "0.25 0.5 0 -1");
 
     expectRefused(7, {"", " ", "x", "1x", "1 2", "1.5", "99999999999", "+-1", "--1", "+", "0x10"});
     expectRefused(7u, {"-1", "4294967296"});
     expectRefused(0.5, {"", "1,5", "1.5.", "1.5 m", "1e999", "e5", "-"});
+    expectRefused(0.5L, {"1e9999", "1e-9999", "1e-4950 m"});
     expectRefused(true, {"", "yes", "TRUE", "2", "true false"});
     expectRefused(gmtl::Vec<float, 3>(1.0f, 2.0f, 3.0f), {"", "4 5", "4 5 6 7", "4 5 x", "4,5,6"});
     expectRefused(gmtl::Quat<double>(1.0, 2.0, 3.0, 4.0), {"0 0 0", "0 0 0 1 0"});

@@ -36,6 +36,7 @@ TEST(AgentNodeDeathTest, NoAgentStandsBelowItself) {
     second.addChild(child);
     for (AgentNode* const above : {&root, &second, child, deep})
         EXPECT_DEBUG_DEATH(deep->addChild(above), "an agent cannot be its own descendant");
+    EXPECT_DEBUG_DEATH(*deep = second, "an agent cannot be its own descendant");
     EXPECT_EQ(childNames(*deep), "");
 }
 
