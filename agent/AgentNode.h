@@ -54,7 +54,8 @@ public:
     explicit AgentNode(const std::string& name = std::string());
 
     /// A copy is a view of its source: it sees the same children, components and transform and shares the slots of the
-    /// signals, but deletes and detaches none of them, and searches by name don't find it.
+    /// signals, but deletes and detaches none of them, and searches by name don't find it. As the transform is the
+    /// source's own, a copy must not come to hang below its source: the scene graph would lead round in a circle.
     AgentNode(const AgentNode& other);
 
     /// Makes this agent a view of the other. What it held before is detached from it and belongs to the caller.
