@@ -2,8 +2,6 @@
 
 #include <agent/AgentNode.h>
 
-#include <utility>
-
 namespace tessarin::agent {
 
 AgentNode* AgentFactory::rootAgent = nullptr;
@@ -43,7 +41,7 @@ osg::ref_ptr<osg::Group> AgentFactory::getSceneData() {
 }
 
 void AgentFactory::setSceneData(osg::ref_ptr<osg::Group> group) {
-    sceneData = std::move(group);
+    sceneData = group;
 }
 
 } // namespace tessarin::agent

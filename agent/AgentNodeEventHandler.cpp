@@ -45,10 +45,12 @@ AgentNode* findAgentUnderCursor(osgViewer::Viewer* viewer, int x, int y) {
 AgentNodeEventHandler::AgentNodeEventHandler(AgentNode* agent, osgViewer::Viewer* newViewer)
     : rootAgentNode(agent), viewer(newViewer) {}
 
+// NOLINTBEGIN(cppcoreguidelines-slicing): each base copies its own part.
 AgentNodeEventHandler::AgentNodeEventHandler(const AgentNodeEventHandler& other)
     : osg::Object(other), osg::Callback(other), osgGA::GUIEventHandler(other), rootAgentNode(other.rootAgentNode),
       currentAgentNode(other.currentAgentNode), viewer(other.viewer),
       doFindAgentUnderCursor(other.doFindAgentUnderCursor) {}
+// NOLINTEND(cppcoreguidelines-slicing)
 
 AgentNodeEventHandler::~AgentNodeEventHandler() = default;
 

@@ -140,7 +140,7 @@ struct AgentNode::Walk {
 private:
     struct Departure {
         AgentNodeHandle child; // so that a new agent at an old address is not taken for the one that left
-        bool visited;
+        bool visited = false;
     };
 
     // Whether a child behind the cursor or before it leaves isn't known without a search. It is taken as not visited

@@ -3,8 +3,6 @@
 #include <agent/AgentNode.h>
 #include <agent/SimObjectDB.h>
 
-#include <utility>
-
 namespace tessarin::agent {
 
 static SimObjectFactoryGeometryComponent factory;
@@ -17,7 +15,7 @@ SimObject* SimObjectFactoryGeometryComponent::create() {
     return new GeometryComponent;
 }
 
-GeometryComponent::GeometryComponent(osg::ref_ptr<osg::Node> node) : osgNode(std::move(node)) {}
+GeometryComponent::GeometryComponent(osg::ref_ptr<osg::Node> node) : osgNode(node) {}
 
 GeometryComponent::~GeometryComponent() = default;
 
@@ -62,7 +60,7 @@ void GeometryComponent::setOsgNode(osg::ref_ptr<osg::Node> node) {
         transform->removeChild(osgNode);
     if (transform && node)
         transform->addChild(node);
-    osgNode = std::move(node);
+    osgNode = node;
 }
 
 } // namespace tessarin::agent

@@ -26,7 +26,7 @@ void XMLNodeCreator::startElement(std::string tag, Attributes attributes) {
     XMLNode* const element = node.get();
     if (_current) {
         _current->addChild(node.get());
-        node.release();
+        static_cast<void>(node.release());
     } else {
         _root = std::move(node);
     }
@@ -48,9 +48,9 @@ void XMLNodeCreator::endElement() {
     if (!node->attributes.empty() || node->getNumChildren() > 0) {
         return;
     }
-    if (_pruneEmptyTags && isBlank(node->text)) {
-        delete node;
-    } else if (_createAttributes && !node->text.empty() && parent->attributes.emplace(node->tag, node->text).second) {
+    const bool isPruned = _pruneEmptyTags && isBlank(node->text);
+    if (isPruned ||
+        (_createAttributes && !node->text.empty() && parent->attributes.emplace(node->tag, node->text).second)) {
         delete node;
     }
 }
