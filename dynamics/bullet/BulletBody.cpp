@@ -21,9 +21,10 @@ constexpr std::uint64_t stepsAfterSleep = 10;
 constexpr double rollingFriction = 0.1;
 
 btRigidBody::btRigidBodyConstructionInfo describe(const BodyShape& shape, const collada::Material& material,
-                                                  const Affine& pose) {
-    btRigidBody::btRigidBodyConstructionInfo info(static_cast<btScalar>(shape.mass), nullptr, shape.whole(),
-                                                  toBullet(shape.inertia));
+                                                  const Affine& pose, MassUnit& unit) {
+    unit.makeRoomFor(shape.mass, shape.inertia);
+    btRigidBody::btRigidBodyConstructionInfo info(static_cast<btScalar>(shape.mass / unit.get()), nullptr,
+                                                  shape.whole(), toBullet(shape.inertia * (1 / unit.get())));
     info.m_startWorldTransform = toBullet(pose * shape.massFrame);
     // The engine multiplies what two bodies have; two equal ones are to rub and bounce as each of them says.
     info.m_friction = static_cast<btScalar>(std::sqrt(material.staticFriction));
@@ -53,7 +54,7 @@ BulletBody::BulletBody(std::shared_ptr<WorldCore> worldCore, std::string bodyNam
                        const collada::Material& bodyMaterial, const Affine& pose)
     : core(std::move(worldCore)), name(std::move(bodyName)), number(core->getContacts().nextBodyNumber()),
       material(bodyMaterial), shape(std::move(bodyShape)), massFrameInverse(rigidInverse(shape.massFrame)),
-      body(describe(shape, material, pose)), lastPlace(body.getWorldTransform()) {
+      body(describe(shape, material, pose, core->getMassUnit())), lastPlace(body.getWorldTransform()) {
     body.setUserPointer(this);
     if (shape.mass > 0) {
         // A body that moves by more than its own size in one step is swept, so that it can't pass through a surface.
@@ -181,7 +182,7 @@ gmtl::Vec<double, 3> BulletBody::getAngularVelocity() const {
 }
 
 void BulletBody::applyImpulse(const gmtl::Vec<double, 3>& impulse, const gmtl::Vec<double, 3>& point) {
-    const btVector3 value = bulletVector(impulse);
+    const btVector3 value = bulletVector(impulse) / static_cast<btScalar>(core->getMassUnit().get());
     const btVector3 arm = bulletVector(point) - body.getCenterOfMassPosition();
     if (body.isStaticObject() || !bullet::isFinite(fromBullet(value)) || !bullet::isFinite(fromBullet(arm))) {
         return;
@@ -191,12 +192,17 @@ void BulletBody::applyImpulse(const gmtl::Vec<double, 3>& impulse, const gmtl::V
 }
 
 void BulletBody::applyAngularImpulse(const gmtl::Vec<double, 3>& impulse) {
-    const btVector3 value = bulletVector(impulse);
+    const btVector3 value = bulletVector(impulse) / static_cast<btScalar>(core->getMassUnit().get());
     if (body.isStaticObject() || !bullet::isFinite(fromBullet(value))) {
         return;
     }
     core->wakeAround(body);
     body.applyTorqueImpulse(value);
+}
+
+void BulletBody::countMassIn(double unit) {
+    body.setMassProps(static_cast<btScalar>(shape.mass / unit), toBullet(shape.inertia * (1 / unit)));
+    body.updateInertiaTensor();
 }
 
 void BulletBody::onStepped() {

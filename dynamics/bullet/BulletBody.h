@@ -79,6 +79,9 @@ public:
     /// Half of what the body measures where it is narrowest.
     double getSize() const { return shape.size; }
 
+    /// Tells the engine the mass in a unit of it.
+    void countMassIn(double unit);
+
     /// To be called after each step.
     void onStepped();
 

@@ -41,7 +41,7 @@ bool ContactList::mergeManifold(const btPersistentManifold& manifold, Touch& tou
     return isTouching;
 }
 
-void ContactList::gather(const btDispatcher& constDispatcher) {
+void ContactList::gather(const btDispatcher& constDispatcher, double massUnit) {
     auto& dispatcher = const_cast<btDispatcher&>(constDispatcher); // asking it changes nothing
     for (int i = 0; i < dispatcher.getNumManifolds(); ++i) {
         const btPersistentManifold& manifold = *dispatcher.getManifoldByIndexInternal(i);
@@ -51,6 +51,7 @@ void ContactList::gather(const btDispatcher& constDispatcher) {
         if (!(a.isActive() || b.isActive()) || !mergeManifold(manifold, touch)) {
             continue;
         }
+        touch.impulse *= massUnit;
         touch.first = static_cast<BulletBody*>(a.getUserPointer());
         touch.second = static_cast<BulletBody*>(b.getUserPointer());
         if (touch.second->getNumber() < touch.first->getNumber()) {

@@ -28,7 +28,8 @@ public:
     void start();
 
     /// Adds what the engine's last step has found.
-    void gather(const btDispatcher& dispatcher);
+    /// @param massUnit what the engine counts impulses in.
+    void gather(const btDispatcher& dispatcher, double massUnit);
 
     /// Joins what belongs to one pair, so that a call of many steps needs no more room than one.
     void join();

@@ -235,7 +235,7 @@ void JointCore::runMotor(std::size_t axis, double velocity, double maxForce) {
     constraint->setServo(index, false);
     // The engine counts velocities from the second side to the first.
     constraint->setTargetVelocity(index, static_cast<btScalar>(-velocity));
-    constraint->setMaxMotorForce(index, static_cast<btScalar>(maxForce));
+    constraint->setMaxMotorForce(index, static_cast<btScalar>(maxForce / core->getMassUnit().get()));
     wake();
 }
 
@@ -248,7 +248,7 @@ void JointCore::holdMotor(std::size_t axis, double position, double maxVelocity,
     constraint->setServo(index, true);
     constraint->setServoTarget(index, static_cast<btScalar>(axis < 3 ? position : -position));
     constraint->setTargetVelocity(index, static_cast<btScalar>(maxVelocity));
-    constraint->setMaxMotorForce(index, static_cast<btScalar>(maxForce));
+    constraint->setMaxMotorForce(index, static_cast<btScalar>(maxForce / core->getMassUnit().get()));
     wake();
 }
 
@@ -286,9 +286,10 @@ void JointCore::pushLinear(const AxisSpring& axisSpring, double seconds) {
     const btVector3 armB = point - b.getCenterOfMassPosition();
     const btVector3 speed = b.getVelocityInLocalPoint(armB) - a.getVelocityInLocalPoint(armA);
     const double off = constraint->getRelativePivotPosition(index) - axisSpring.spring.target;
-    const double force = springForce(axisSpring.spring, off, axis.dot(speed),
-                                     inverseMassAt(a, point, axis) + inverseMassAt(b, point, axis), seconds);
-    const btVector3 push = axis * static_cast<btScalar>(force);
+    const double unit = core->getMassUnit().get();
+    const double inverseMass = (inverseMassAt(a, point, axis) + inverseMassAt(b, point, axis)) / unit;
+    const double force = springForce(axisSpring.spring, off, axis.dot(speed), inverseMass, seconds);
+    const btVector3 push = axis * static_cast<btScalar>(force / unit);
     b.applyForce(push, armB);
     a.applyForce(-push, armA);
 }
@@ -299,10 +300,11 @@ void JointCore::pushAngular(const AxisSpring& axisSpring, double seconds) {
     const btVector3 axis = constraint->getAxis(static_cast<int>(axisSpring.axis - 3));
     const double speed = axis.dot(b.getAngularVelocity() - a.getAngularVelocity());
     const double off = getPosition(axisSpring.axis) - axisSpring.spring.target;
+    const double unit = core->getMassUnit().get();
     const double inverseInertia =
-        axis.dot(a.getInvInertiaTensorWorld() * axis) + axis.dot(b.getInvInertiaTensorWorld() * axis);
-    const btVector3 push =
-        axis * static_cast<btScalar>(springForce(axisSpring.spring, off, speed, inverseInertia, seconds));
+        (axis.dot(a.getInvInertiaTensorWorld() * axis) + axis.dot(b.getInvInertiaTensorWorld() * axis)) / unit;
+    const double torque = springForce(axisSpring.spring, off, speed, inverseInertia, seconds);
+    const btVector3 push = axis * static_cast<btScalar>(torque / unit);
     b.applyTorque(push);
     a.applyTorque(-push);
 }

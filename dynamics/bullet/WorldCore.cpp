@@ -45,7 +45,7 @@ public:
 } // namespace
 
 WorldCore::WorldCore()
-    : dispatcher(&configuration), world(&dispatcher, &broadphase, &solver, &configuration),
+    : dispatcher(&configuration), world(&dispatcher, &broadphase, &solver, &configuration), massUnit(world),
       ground(0, nullptr, &groundShape) {
     // A box on a plane, and whatever else has flat sides, gets its contacts at once, and not one a step.
     configuration.setPlaneConvexMultipointIterations(4, 4);
@@ -93,7 +93,7 @@ void WorldCore::runFixedStep() {
         }
         // Told to make no steps of its own, the engine takes the time as it is, in one step.
         world.stepSimulation(static_cast<btScalar>(seconds), 0);
-        contacts.gather(dispatcher);
+        contacts.gather(dispatcher, massUnit.get());
     }
     contacts.join();
     ++stepCount;
@@ -164,6 +164,7 @@ void WorldCore::remove(btRigidBody& body) {
         // An empty engine starts over, so that a scene that is loaded again runs as it did the first time.
         broadphase.resetPool(&dispatcher);
         solver.reset();
+        massUnit.reset();
         timeLeft = 0;
     }
 }

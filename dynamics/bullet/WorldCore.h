@@ -3,6 +3,7 @@
 #include <dynamics/bullet/Affine.h>
 #include <dynamics/bullet/ContactList.h>
 #include <dynamics/bullet/EngineWorld.h>
+#include <dynamics/bullet/MassUnit.h>
 
 #include <btBulletDynamicsCommon.h>
 
@@ -59,6 +60,9 @@ public:
     /// When the body may fall asleep, by its size, its joints and gravity. Of a static body nothing.
     void setThresholds(btRigidBody& body) const;
 
+    /// Has to have room for a body before that is made.
+    MassUnit& getMassUnit() { return massUnit; }
+
     ContactList& getContacts() { return contacts; }
 
     /// How many fixed steps have been run.
@@ -75,6 +79,7 @@ private:
     btDbvtBroadphase broadphase;
     btSequentialImpulseConstraintSolver solver;
     EngineWorld world;
+    MassUnit massUnit;
     btEmptyShape groundShape;
     btRigidBody ground;
     ContactList contacts;

@@ -2,6 +2,8 @@
 
 #include <tests/bullet/JointScene.h>
 
+#include <dynamics/bullet/BulletBodyControl.h>
+
 #include <gtest/gtest.h>
 
 namespace tessarin::dynamics::bullet {
@@ -76,6 +78,42 @@ TEST(Mass, IsWhatTheBodyOrItsShapesSay) {
         loaded.run(60);
         EXPECT_NEAR(loaded.at("heavy", 0) - before, 0.5, 0.02) << heavy;
     }
+}
+
+// Files that count in millimetres hold masses and inertias that are out of the engine's range as they stand.
+TEST(Mass, OfMillionsIsHeldAndChangesNothingForOthers) {
+    ColladaScene light;
+    light.add("ground", "", ground).add("lying", "<translate>0 9 0.5</translate>", "<mass>2</mass>" + box("1 1 0.5"));
+    light.add("cart", "<translate>0 0 5</translate>", "<mass>2</mass>" + ball());
+    light.add("hung", "<translate>0 5 5</translate>", "<mass>2</mass>" + ball());
+    addConstraint(light, "rail", {"", attachment("cart"), "-INF 0 0", "INF 0 0"});
+    Constraint rope = {"", attachment("hung"), "0 0 -INF", "0 0 INF"};
+    rope.properties = "<spring><linear><stiffness>20</stiffness><damping>12</damping></linear></spring>";
+    addConstraint(light, "rope", rope);
+    LoadedWorld loaded(light);
+    jointOf(loaded).setMotorVelocity(JointAxis::translationX, 1000, 4);
+    loaded.run(120);
+
+    ColladaScene heavy;
+    heavy.add("crate", "<translate>0 -5000 500</translate>", box("500 500 500"));
+    heavy.add("door", "<translate>0 5000 2000</translate>", "<mass>100</mass>" + box("500 50 1000"));
+    addHinge(heavy, "", attachment("door", "<translate>400 0 1000</translate>"), "-90 0 0", "90 0 0");
+    loaded.load(heavy.text());
+    loaded.run(120);
+    EXPECT_NEAR(loaded.at("cart", 0), 2 * 4 * 4 / 2, 0.2) << "its motor has a force of 4";
+    EXPECT_NEAR(loaded.at("hung", 2), 4, 0.01);
+    EXPECT_NEAR(loaded.at("lying", 2), 0.5, 0.01);
+    EXPECT_NEAR(loaded.at("crate", 2), 500, 1);
+    EXPECT_NEAR(loaded.pose("door")(2, 0), 0, 1e-4) << "it turns about another axis than its hinge's";
+    double push = 0;
+    for (const BulletContact& contact : loaded.world->getContacts()) {
+        push += contact.second == &loaded.body("crate") ? contact.impulse : 0;
+    }
+    EXPECT_NEAR(push, 1e9 * 10 / 60, 1e7);
+    auto& crate = dynamic_cast<BulletBodyControl&>(loaded.body("crate"));
+    EXPECT_EQ(crate.getMass(), 1e9);
+    crate.applyImpulse({0, 0, 3e9}, crate.getCentreOfMass());
+    EXPECT_NEAR(crate.getLinearVelocity()[2], 3, 0.01);
 }
 
 } // namespace tessarin::dynamics::bullet
