@@ -102,7 +102,7 @@ osg::ref_ptr<osg::Node> separateBodies(osg::Node& model, const std::set<std::str
             parent->removeChild(body.node);
 
     const osg::ref_ptr<osg::Switch> store = new osg::Switch;
-    store->setName("bodies of the model");
+    store->setName(storeName);
     store->setNewChildDefaultValue(false);
     Renamer renamer(names);
     for (const Body& body : bodies)

@@ -12,6 +12,9 @@ namespace tessarin::viewer {
 /// The path to each node that OpenSceneGraph's COLLADA plugin made from one of these ids; of several, to the first.
 std::map<std::string, osg::NodePath> findNodesById(osg::Node& model, const std::set<std::string>& ids);
 
+/// The name of the store that separateBodies makes.
+constexpr const char* storeName = "bodies of the model";
+
 /// Takes the nodes that rigid bodies move out of a model, and gives back the model as two parts under one group: first
 /// a switched-off store of those nodes, then the rest, the scenery.
 ///

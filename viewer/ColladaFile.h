@@ -14,7 +14,8 @@ namespace tessarin::viewer {
 /// A COLLADA file: its picture, as OpenSceneGraph reads it, with what only its physics tells.
 class ColladaFile {
 public:
-    /// @throws ViewerError if the file is missing, not well formed or no COLLADA file.
+    /// @throws ViewerError if the file is missing, not well formed, no COLLADA file, or if one of its nodes
+    /// contains itself.
     explicit ColladaFile(const std::filesystem::path& path);
 
     /// The file's visual scene; null if there is none. Nodes that rigid bodies move are never empty-handed: one without
@@ -26,6 +27,7 @@ public:
 
 private:
     void collectBodyNodes(const xml_parser::XMLNode& element);
+    static bool instanceVisualScene(xml_parser::XMLNode& root);
     bool turnConvexMeshesIntoMeshes(xml_parser::XMLNode& element);
 
     std::filesystem::path path;

@@ -1,5 +1,6 @@
 #include <viewer/Scene.h>
 
+#include <viewer/BodyNodes.h>
 #include <viewer/Document.h>
 #include <viewer/LibrarySetup.h>
 #include <viewer/ModelLoader.h>
@@ -14,6 +15,7 @@
 #include <dynamics/bullet/BulletDynamicsWorld.h>
 #include <sceneutils/FindNodeVisitor.h>
 
+#include <osg/Switch>
 #include <osgDB/FileNameUtils>
 
 #include <set>
@@ -85,6 +87,24 @@ void placeAgents(AgentNode& agent) {
         placeAgents(*child);
 }
 
+/// Shows the nodes of models that would be those of bodies if their bodies had come in.
+void showNodesWithoutBody(AgentNode& agent) {
+    VisualModelComponent* const component = modelOf(agent);
+    const osg::ref_ptr<osg::Node> model = component ? component->getModel() : nullptr;
+    osg::Group* const parts = model ? model->asGroup() : nullptr;
+    osg::Switch* const store = parts && parts->getNumChildren() > 0 ? parts->getChild(0)->asSwitch() : nullptr;
+    if (store && store->getName() == storeName) {
+        std::set<std::string> names;
+        for (AgentNode* child : agent.getChildren())
+            names.insert(child->getName());
+        for (unsigned i = 0; i < store->getNumChildren(); ++i)
+            if (names.count(store->getChild(i)->getName()) == 0)
+                store->setValue(i, true);
+    }
+    for (AgentNode* child : agent.getChildren())
+        showNodesWithoutBody(*child);
+}
+
 void addComponent(XMLNode& agent, const std::string& className) {
     agent.addChild("Component")->attributes = {{"class", className}, {"name", className}};
 }
@@ -125,6 +145,7 @@ std::unique_ptr<AgentNode> loadModel(const std::filesystem::path& file) {
     std::unique_ptr<AgentNode> root(AgentNode::createFromXml(document.get()));
     if (!modelOf(*root)->getModel())
         throw ViewerError(file.string() + ": neither an agent document nor a model that can be read");
+    showNodesWithoutBody(*root);
     showModel(*root);
     return root;
 }
@@ -133,6 +154,7 @@ std::unique_ptr<AgentNode> loadDocument(const std::filesystem::path& file) {
     const Document document(file);
     std::unique_ptr<AgentNode> root(AgentNode::createFromXml(document.getRoot()));
     requireModels(*root, nullptr, file);
+    showNodesWithoutBody(*root);
     root->modifyWithXml(placementOf(*document.getRoot()).get());
     return root;
 }

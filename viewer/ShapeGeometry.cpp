@@ -7,25 +7,15 @@
 #include <osg/ShapeDrawable>
 
 #include <array>
-#include <functional>
 #include <locale>
 #include <sstream>
+#include <vector>
 
 namespace tessarin::viewer {
 
 using xml_parser::XMLNode;
 
 namespace {
-
-/// The first element below this one, itself included, for which the test is true.
-const XMLNode* find(const XMLNode& element, const std::function<bool(const XMLNode&)>& test) {
-    if (test(element))
-        return &element;
-    for (int i = 0; i < element.getNumChildren(); ++i)
-        if (const XMLNode* const found = find(*element.getChild(i), test))
-            return found;
-    return nullptr;
-}
 
 /// The numbers that an element holds; those that it lacks are nothing.
 std::array<double, 4> numbersOf(const XMLNode* element) {
@@ -42,23 +32,31 @@ std::array<double, 4> numbersOf(const XMLNode* element) {
     return numbers;
 }
 
-const XMLNode* findBody(const XMLNode& collada, const std::string& nodeId) {
-    std::string bodyId, modelUrl;
-    find(collada, [&](const XMLNode& instance) {
-        if (instance.tag != "instance_rigid_body" || instance.getAttributeValue("target") != "#" + nodeId)
-            return false;
-        bodyId = instance.getAttributeValue("body");
-        modelUrl = instance.getParent() ? instance.getParent()->getAttributeValue("url") : std::string();
-        return true;
-    });
-    const XMLNode* const model = find(collada, [&](const XMLNode& element) {
-        return element.tag == "physics_model" && "#" + element.getAttributeValue("id") == modelUrl;
-    });
-    return model ? find(*model,
-                        [&](const XMLNode& element) {
-                            return element.tag == "rigid_body" && element.getAttributeValue("sid") == bodyId;
-                        })
-                 : nullptr;
+/// What stands in a file anywhere, found in one walk.
+struct PhysicsElements {
+    explicit PhysicsElements(const XMLNode& element) { collect(element); }
+
+    void collect(const XMLNode& element) {
+        if (element.tag == "physics_model") {
+            models.emplace("#" + element.getAttributeValue("id"), &element);
+        } else if (element.tag == "instance_rigid_body") {
+            instances.push_back(&element);
+        }
+        for (int i = 0; i < element.getNumChildren(); ++i)
+            collect(*element.getChild(i));
+    }
+
+    std::map<std::string, const XMLNode*> models; // by their urls
+    std::vector<const XMLNode*> instances;
+};
+
+/// The bodies of a model by their sids, of several the first.
+std::map<std::string, const XMLNode*> bodiesOf(const XMLNode& model) {
+    std::map<std::string, const XMLNode*> bodies;
+    for (int i = 0; i < model.getNumChildren(); ++i)
+        if (model.getChild(i)->tag == "rigid_body")
+            bodies.emplace(model.getChild(i)->getAttributeValue("sid"), model.getChild(i));
+    return bodies;
 }
 
 osg::Matrixd placementOf(const XMLNode& shape) {
@@ -103,9 +101,27 @@ osg::ref_ptr<osg::Shape> makeShape(const XMLNode& shape) {
 
 } // namespace
 
-osg::ref_ptr<osg::Node> makeShapeGeometry(const XMLNode& collada, const std::string& nodeId) {
-    const XMLNode* const body = findBody(collada, nodeId);
-    const XMLNode* const common = body ? body->getChild("technique_common", true) : nullptr;
+ShapeGeometry::ShapeGeometry(const XMLNode& collada) {
+    const PhysicsElements elements(collada);
+    std::map<const XMLNode*, std::map<std::string, const XMLNode*>> bodiesOfModels;
+    for (const XMLNode* instance : elements.instances) {
+        const XMLNode* const modelInstance = instance->getParent();
+        const auto model = elements.models.find(modelInstance ? modelInstance->getAttributeValue("url") : "");
+        if (model == elements.models.end())
+            continue;
+        const auto [bodies, isNew] = bodiesOfModels.try_emplace(model->second);
+        if (isNew)
+            bodies->second = bodiesOf(*model->second);
+        const auto body = bodies->second.find(instance->getAttributeValue("body"));
+        if (body != bodies->second.end())
+            bodiesByTarget.emplace(instance->getAttributeValue("target"), body->second);
+    }
+}
+
+osg::ref_ptr<osg::Node> ShapeGeometry::make(const std::string& nodeId) const {
+    const auto body = bodiesByTarget.find("#" + nodeId);
+    const XMLNode* const common =
+        body != bodiesByTarget.end() ? body->second->getChild("technique_common", true) : nullptr;
     if (!common)
         return nullptr;
 

@@ -3,6 +3,7 @@
 #include <osg/Node>
 #include <osg/ref_ptr>
 
+#include <map>
 #include <string>
 
 namespace tessarin::xml_parser {
@@ -11,10 +12,18 @@ class XMLNode;
 
 namespace tessarin::viewer {
 
-/// What the analytic shapes of a rigid body look like, in the frame of the node that the body moves.
-/// @param collada the root element of a COLLADA file.
-/// @param nodeId the id of the node.
-/// @return null if no body moves the node, or if its body has no shape that can be drawn.
-osg::ref_ptr<osg::Node> makeShapeGeometry(const xml_parser::XMLNode& collada, const std::string& nodeId);
+/// What the analytic shapes of a file's rigid bodies look like.
+class ShapeGeometry {
+public:
+    /// @param collada the root element of a COLLADA file, which stays as long as this.
+    explicit ShapeGeometry(const xml_parser::XMLNode& collada);
+
+    /// In the frame of the node that the body moves; null if no body moves that node, or if its body has no shape that
+    /// can be drawn.
+    osg::ref_ptr<osg::Node> make(const std::string& nodeId) const;
+
+private:
+    std::map<std::string, const xml_parser::XMLNode*> bodiesByTarget;
+};
 
 } // namespace tessarin::viewer

@@ -61,6 +61,11 @@ TEST_F(ApplicationTest, BadFilesEndWithOneLineThatNamesThePlace) {
         {"broken.dae", "<COLLADA>\n <asset></COLLADA>", ":2:"},
         {"other.xml", "<COLLADA/>", ": no agent document, its root element is COLLADA and not AgentNode"},
         {"other.dae", "<AgentNode/>", ": no COLLADA file, its root element is AgentNode"},
+        {"circle.dae",
+         "<COLLADA><library_nodes><node id='a'><instance_node url='#b'/></node><node id='b'><instance_node url='#c'/>"
+         "<node><instance_node url='#c'/><instance_node url='#a'/></node></node><node "
+         "id='c'/></library_nodes></COLLADA>",
+         ": the node b contains itself"},
         {"plain.foo", "hello", unreadable},
         {"empty.dae", "<COLLADA version='1.4.1'/>", unreadable},
         {"a.xml", naming("broken.dae"), ": the model " + place + "broken.dae:2:"},

@@ -9,6 +9,7 @@
 #include <osgDB/ReadFile>
 
 #include <array>
+#include <tuple>
 
 namespace tessarin::viewer {
 namespace {
@@ -102,6 +103,33 @@ TEST_F(ModelLoaderTest, AModelWithoutBodiesIsShownWholeButForItsLights) {
     EXPECT_TRUE(plain.lights == 1 && shown.lights == 0);
     EXPECT_EQ(countMissing(plain.boxes, shown.boxes), 0U);
     EXPECT_TRUE(scene.getRoot().getChildren().empty());
+}
+
+TEST_F(ModelLoaderTest, NothingIsMissingOrTwiceHoweverAFileNamesItsBodies) {
+    const std::string whole = colladaText(
+        "Z_UP",
+        "<node id='one'><instance_geometry url='#cube'/></node>"
+        "<node id='two'><translate>5 0 0</translate><scale>1 2 1</scale><instance_geometry url='#cube'/></node>",
+        bodyText("a", box) + bodyText("b", box), instanceText("a", "one") + instanceText("b", "two"));
+    const Boxes wanted = boxesOf(*osgDB::readRefNodeFile(write("whole.dae", whole).string()));
+    ASSERT_EQ(wanted.size(), 2U);
+    const std::tuple<std::string, std::string, std::size_t> changes[] = {
+        {"<instance_physics_scene url='#world'/>", "", 0},
+        {"<instance_visual_scene url='#scene'/>", "", 2},
+        {"target='#two'", "target='two'", 2},
+        {"target='#two'", "target='#t%77o'", 2},
+        {"target='#two'", "target='x.dae#two'", 2},
+        {"body='b'", "body='nobody'", 1},
+    };
+    for (const auto& [from, to, bodies] : changes) {
+        SCOPED_TRACE(to);
+        std::string text = whole;
+        Scene scene(write("x.dae", text.replace(text.find(from), from.size(), to)));
+        EXPECT_EQ(scene.getRoot().getChildren().size(), bodies);
+        const Boxes shown = boxesOf(scene.getGraph());
+        EXPECT_EQ(shown.size(), wanted.size());
+        EXPECT_EQ(countMissing(wanted, shown), 0U);
+    }
 }
 
 TEST_F(ModelLoaderTest, WhatOnlyThePhysicsTellsIsShownToo) {
