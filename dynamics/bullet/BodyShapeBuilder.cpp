@@ -67,8 +67,12 @@ void setMass(const collada::RigidBody& description, const Matrix3& scale, const 
         return Vector3{turned[0][0], turned[1][1], turned[2][2]};
     };
     Matrix3 axes = identityMatrix3;
-    if (description.massFrame) {
-        const Affine frame = Affine{scale, {0, 0, 0}} * *description.massFrame;
+    const Affine frame = Affine{scale, {0, 0, 0}} * description.massFrame.value_or(Affine());
+    const bool isFrameUsable = isFinite(frame) && length(frame.translation) < farthestOffset;
+    if (description.massFrame && !isFrameUsable) {
+        report(Logger::errorLevel, "the <mass_frame> is out of range, that of its shapes is taken");
+    }
+    if (description.massFrame && isFrameUsable) {
         axes = polarPartsOf(frame.linear).rotation;
         body.massFrame = {axes, frame.translation};
     } else {

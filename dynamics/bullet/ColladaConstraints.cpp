@@ -87,10 +87,12 @@ bool Constraints::resolveSide(const Pending& pending, const Element* side, Attac
     const std::string reference = side ? side->getAttributeValue("rigid_body") : std::string();
     Affine frame = pending.placement;
     bool hasNode = false;
-    if (!trimmed(reference).empty()) {
+    if (!withoutSign(reference).empty()) {
         attachment.body = findBody(pending, reference);
         if (!attachment.body) {
             const Element* node = nodes.find(reference);
+            // Some tools mean the world by the scene that holds all nodes.
+            node = node ? node : document.find(reference, "visual_scene");
             if (!node) {
                 document.complain(*pending.constraint,
                                   "there is no rigid body '" + reference + "', the joint is left out");
@@ -124,12 +126,8 @@ std::optional<std::size_t> Constraints::findBody(const Pending& pending, const s
 }
 
 void Constraints::readProperties(const Element& technique, ConstraintInstance& result) const {
-    if (const Element* enabled = childOf(&technique, "enabled")) {
-        result.enabled = readBool(enabled->text);
-    }
-    if (const Element* interpenetrate = childOf(&technique, "interpenetrate")) {
-        result.interpenetrate = readBool(interpenetrate->text);
-    }
+    readFlag(document, &technique, "enabled", result.enabled);
+    readFlag(document, &technique, "interpenetrate", result.interpenetrate);
     const Element* limits = childOf(&technique, "limits");
     result.linear = readLimits(childOf(limits, "linear"));
     result.angular = readLimits(childOf(limits, "swing_cone_and_twist"));

@@ -15,21 +15,13 @@ std::string keyOf(std::string_view tag, std::string_view id) {
     return std::string(tag).append(" ").append(id);
 }
 
-/// With the "%20" of an URL as the characters that they stand for.
-std::string unescaped(std::string_view text) {
-    std::string result;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        unsigned char code = 0;
-        const char* const digits = text.data() + i + 1;
-        const bool isEscape = text[i] == '%' && i + 2 < text.size();
-        if (isEscape && std::from_chars(digits, digits + 2, code, 16).ptr == digits + 2) {
-            result += static_cast<char>(code);
-            i += 2;
-        } else {
-            result += text[i];
-        }
+/// The nearest element around this one that has attributes, the root excepted.
+std::string describeAround(const Element& element) {
+    const Element* around = element.getParent();
+    while (around && around->attributes.empty()) {
+        around = around->getParent();
     }
-    return result;
+    return around && around->getParent() ? describe(*around) + " " : std::string();
 }
 
 std::string nameOfFile(const std::string& path) {
@@ -144,19 +136,46 @@ std::vector<std::string> stepsOf(std::string_view reference) {
     return steps;
 }
 
+std::string unescaped(std::string_view text) {
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        unsigned char code = 0;
+        const char* const digits = text.data() + i + 1;
+        const bool isEscape = text[i] == '%' && i + 2 < text.size();
+        if (isEscape && std::from_chars(digits, digits + 2, code, 16).ptr == digits + 2) {
+            result += static_cast<char>(code);
+            i += 2;
+        } else {
+            result += text[i];
+        }
+    }
+    return result;
+}
+
+std::string_view withoutSign(std::string_view reference) {
+    const std::string_view text = trimmed(reference);
+    return text.substr(!text.empty() && text[0] == '#' ? 1 : 0);
+}
+
 std::string describe(const Element& element) {
     for (const char* attribute : {"url", "target", "body", "id", "sid", "name"}) {
         const auto found = element.attributes.find(attribute);
         if (found != element.attributes.end()) {
-            return "<" + element.tag + " " + attribute + "=\"" + found->second + "\">";
+            const std::string self = "<" + element.tag + " " + attribute + "=\"" + found->second + "\">";
+            // A sid says which one it is only within what is around it.
+            return attribute == std::string_view("sid") ? describeAround(element) + self : self;
         }
     }
-    const Element* around = element.getParent();
-    while (around && around->attributes.empty()) {
-        around = around->getParent();
+    return describeAround(element) + "<" + element.tag + ">";
+}
+
+void readFlag(const Document& document, const Element* parent, std::string_view tag, bool& flag) {
+    const Element* element = childOf(parent, tag);
+    const std::optional<bool> value = element ? readBool(element->text) : std::nullopt;
+    if (element && !value) {
+        document.complain(*element, "is neither true nor false and is left out");
     }
-    const bool isNamed = around && around->getParent();
-    return (isNamed ? describe(*around) + " " : std::string()) + "<" + element.tag + ">";
+    flag = value.value_or(flag);
 }
 
 std::optional<double> numberIn(const Element* element) {

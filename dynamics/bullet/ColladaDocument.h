@@ -54,9 +54,18 @@ std::vector<const Element*> childrenOf(const Element* element);
 /// The steps of a path of sids such as "./left/wheel", without those that lead nowhere and the sign of a reference.
 std::vector<std::string> stepsOf(std::string_view reference);
 
+/// With the "%20" of an URL as the characters that they stand for.
+std::string unescaped(std::string_view text);
+
+/// Without white space around it and the sign of a reference at its begin.
+std::string_view withoutSign(std::string_view reference);
+
 /// The element's tag with the first of its attributes url, target, body, id, sid and name that it has. If it has none,
-/// the nearest element around it that has one comes first.
+/// or a sid, the nearest element around it that has one comes first.
 std::string describe(const Element& element);
+
+/// Takes over what a child with that tag says; one that says neither true nor false is complained of.
+void readFlag(const Document& document, const Element* parent, std::string_view tag, bool& flag);
 
 /// Of an element with one finite number in it.
 std::optional<double> numberIn(const Element* element);

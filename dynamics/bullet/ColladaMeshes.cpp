@@ -146,7 +146,7 @@ std::shared_ptr<const Mesh> Meshes::readData(const Element& element) {
         for (const Element* child : childrenOf(&element)) {
             appendTriangles(*child, mesh->vertices, mesh->triangles);
         }
-        if (tidy(*mesh)) {
+        if (tidy(*mesh) && !mesh->vertices.empty()) {
             document.complain(element, "some triangles have vertices that aren't there or are no numbers");
         }
         cached = mesh;

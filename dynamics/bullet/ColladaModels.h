@@ -3,9 +3,13 @@
 #include <dynamics/bullet/ColladaDocument.h>
 
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 #include <utility>
+#include <vector>
 
 namespace tessarin::dynamics::bullet::collada {
 
@@ -33,11 +37,27 @@ public:
                std::size_t index = 0);
 
 private:
+    /// What a model holds itself, by tag and name, in document order.
+    using Names = std::unordered_map<std::string, std::vector<const Element*>>;
+
+    /// The first that holds something with that tag and name: a model, or the instance of one.
+    using Holders = std::unordered_map<std::string, const Element*>;
+
+    Found findByPath(int scope, const Element* model, std::string_view tag, const std::vector<std::string>& steps,
+                     std::size_t index);
     const Element* modelOf(const Element& instance) const;
+    const Element* namedIn(const Element* model, std::string_view tag, const std::string& name, std::size_t index);
+    const Names& namesIn(const Element* model);
+    const Holders& nestedIn(const Element* model);
+    const Holders& all();
+    static void noteNames(const Element* model, const Element* holder, Holders& holders);
 
     const Document& document;
     const Element& root;
     std::map<std::pair<int, const Element*>, int> scopes;
+    std::unordered_map<const Element*, Names> names;
+    std::unordered_map<const Element*, Holders> nested;
+    std::optional<Holders> anywhere;
 };
 
 } // namespace tessarin::dynamics::bullet::collada

@@ -115,6 +115,7 @@ Nodes::Nodes(const Document& file, const Element& root) : document(file) {
     }
     for (const Element* library : childrenOf(&root, "library_visual_scenes")) {
         for (const Element* scene : childrenOf(library, "visual_scene")) {
+            places.emplace(scene, Place{turn, nullptr});
             visitAll(scene, turn);
         }
     }
@@ -168,8 +169,7 @@ const Element* Nodes::find(const std::string& target) const {
     if (byId) {
         return byId;
     }
-    const std::string_view name = trimmed(target);
-    const auto byName = nodesByName.find(std::string(name.substr(!name.empty() && name[0] == '#' ? 1 : 0)));
+    const auto byName = nodesByName.find(std::string(withoutSign(target)));
     return byName == nodesByName.end() ? findByPath(target) : byName->second;
 }
 

@@ -28,7 +28,7 @@ public:
     /// sids below it. Null if there is none.
     const Element* find(const std::string& target) const;
 
-    /// From the node to the world, scale included.
+    /// From the node to the world, scale included; also of a whole scene.
     Affine nodeToWorld(const Element& node) const;
 
     /// True if the node is the other one or stands below it.

@@ -13,6 +13,13 @@ namespace {
 
 constexpr std::string_view space = " \t\r\n";
 
+std::string lowerCase(std::string_view text) {
+    std::string result(text);
+    std::transform(result.begin(), result.end(), result.begin(),
+                   [](char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); });
+    return result;
+}
+
 } // namespace
 
 void NumberReader::skipSpace() {
@@ -97,8 +104,7 @@ bool readLimitNumbers(std::string_view text, std::array<double, 3>& numbers) {
         NumberReader reader(word);
         if (!reader.next(value) || !reader.atEnd() || std::isnan(value)) {
             // "1.#INF" and the like.
-            std::transform(word.begin(), word.end(), word.begin(),
-                           [](char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); });
+            word = lowerCase(word);
             if (word.find("inf") == std::string::npos) {
                 return false;
             }
@@ -112,11 +118,12 @@ bool readLimitNumbers(std::string_view text, std::array<double, 3>& numbers) {
     return true;
 }
 
-bool readBool(std::string_view text) {
-    const std::string_view word = trimmed(text);
-    constexpr std::string_view yes = "true";
-    return word == "1" || std::equal(word.begin(), word.end(), yes.begin(), yes.end(),
-                                     [](char a, char b) { return std::tolower(static_cast<unsigned char>(a)) == b; });
+std::optional<bool> readBool(std::string_view text) {
+    const std::string word = lowerCase(trimmed(text));
+    if (word == "true" || word == "1") {
+        return true;
+    }
+    return word == "false" || word == "0" ? std::optional<bool>(false) : std::nullopt;
 }
 
 std::string_view trimmed(std::string_view text) {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <string_view>
 
 namespace tessarin::dynamics::bullet::collada {
@@ -41,8 +42,8 @@ extern template bool readNumbers(std::string_view, std::array<double, 16>&);
 /// As readNumbers, but numbers may be infinite, however that is spelt.
 bool readLimitNumbers(std::string_view text, std::array<double, 3>& numbers);
 
-/// "true" and "1", whatever the case; everything else is false.
-bool readBool(std::string_view text);
+/// "true" and "1", "false" and "0", whatever the case; everything else is nothing.
+std::optional<bool> readBool(std::string_view text);
 
 /// Without the white space around it.
 std::string_view trimmed(std::string_view text);

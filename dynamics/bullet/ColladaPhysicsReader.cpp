@@ -14,6 +14,9 @@ namespace {
 /// Models that each hold two of the next one grow beyond all bounds in a few lines.
 constexpr int maxModelInstances = 10000;
 
+/// How deep models may be nested: each level takes some of the stack.
+constexpr std::size_t maxModelDepth = 256;
+
 /// Of what a file may ask for, in seconds.
 constexpr double shortestStep = 1e-5;
 constexpr double longestStep = 0.25;
@@ -97,6 +100,10 @@ void PhysicsReader::readModelInstance(const Element& instance, const Scope& oute
     if (!model) {
         return;
     }
+    if (openModels.size() >= maxModelDepth) {
+        document.complain(instance, "the physics models are nested too deeply, the rest is left out");
+        return;
+    }
     if (!openModels.insert(model).second) {
         document.complain(instance, "the physics model contains itself");
         return;
@@ -176,6 +183,12 @@ void PhysicsReader::readBodyInstance(const Element& instance, const Scope& scope
     BodyInstance result;
     result.label = describe(instance);
     result.name = Nodes::nameOf(*node);
+    for (const Element* other : {node, body}) {
+        // What the picture doesn't name, an agent should still be found by.
+        for (const char* attribute : {"sid", "name", "id"}) {
+            result.name = result.name.empty() && other ? other->getAttributeValue(attribute) : result.name;
+        }
+    }
     result.nodeToWorld = scope.parents.empty() ? nodes.nodeToWorld(*node) : placeOf(*node, scope);
     if (!isFinite(result.nodeToWorld)) {
         document.complain(instance, "the place of its node is out of range, the body is left out");
@@ -191,9 +204,7 @@ void PhysicsReader::readBodyInstance(const Element& instance, const Scope& scope
 }
 
 void PhysicsReader::readProperties(const Element* technique, RigidBody& body) {
-    if (const Element* dynamic = childOf(technique, "dynamic")) {
-        body.dynamic = readBool(dynamic->text);
-    }
+    readFlag(document, technique, "dynamic", body.dynamic);
     if (const Element* mass = childOf(technique, "mass")) {
         body.mass = numberIn(mass);
         if (!body.mass) {

@@ -82,12 +82,21 @@ MeshShape spannedBy(const std::vector<Ring>& rings, unsigned corners) {
     return {std::make_shared<Mesh>(makeRoundMesh(rings, corners)), true};
 }
 
+/// As readRadius, or zero, which is the tip of a cone.
+bool readTaperedRadius(const Element& shape, std::array<double, 2>& radius, const char* tag) {
+    const Element* child = childOf(&shape, tag);
+    std::array<double, 1> round{};
+    const bool isTip = child && ((readNumbers(child->text, round) && round[0] == 0) ||
+                                 (readNumbers(child->text, radius) && radius[0] == 0 && radius[1] == 0));
+    return isTip || readRadius(shape, radius, tag);
+}
+
 std::optional<Geometry> readTapered(const Element& element, bool isCapsule) {
     std::array<double, 2> upper{};
     std::array<double, 2> lower{};
     std::array<double, 1> height{};
-    if (!readRadius(element, upper, "radius1") || !readRadius(element, lower, "radius2") ||
-        !readSizes(element, "height", height)) {
+    if (!readTaperedRadius(element, upper, "radius1") || !readTaperedRadius(element, lower, "radius2") ||
+        upper[0] + lower[0] == 0 || !readSizes(element, "height", height)) {
         return std::nullopt;
     }
     if (isCapsule) {
@@ -131,9 +140,9 @@ constexpr GeometryReader analyticReaders[] = {
     {"cylinder", readCylinder, "needs a <radius> of one or two numbers and a <height> above zero"},
     {"capsule", readCapsule, "needs a <radius> of one or two numbers above zero and a <height>"},
     {"tapered_cylinder", readTaperedCylinder,
-     "needs a <radius1> and a <radius2> of one or two numbers and a <height>, all above zero"},
+     "needs a <radius1> and a <radius2> of one or two numbers, one of them above zero, and a <height>"},
     {"tapered_capsule", readTaperedCapsule,
-     "needs a <radius1> and a <radius2> of one or two numbers and a <height>, all above zero"},
+     "needs a <radius1> and a <radius2> of one or two numbers, one of them above zero, and a <height>"},
     {"plane", readPlane, "needs an <equation> of four numbers with a normal"},
 };
 
@@ -195,9 +204,10 @@ std::optional<Shape> readShape(const Document& document, const Element& element,
         }
         return number;
     };
-    const Element* hollow = childOf(&element, "hollow");
-    return Shape{*geometry,           placementOf(document, element),   numberOf("mass"),
-                 numberOf("density"), hollow && readBool(hollow->text), readMaterial(document, &element)};
+    bool isHollow = false;
+    readFlag(document, &element, "hollow", isHollow);
+    return Shape{*geometry, placementOf(document, element),  numberOf("mass"), numberOf("density"),
+                 isHollow,  readMaterial(document, &element)};
 }
 
 } // namespace tessarin::dynamics::bullet::collada

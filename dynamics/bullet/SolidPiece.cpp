@@ -15,6 +15,9 @@ namespace {
 
 using logging::Logger;
 
+/// How far a surface that stays where it is may reach. The square of a distance has to fit single precision.
+constexpr double farthestReach = 1e15;
+
 /// What single precision can hold of a body, its inertia included.
 bool isUsableSize(double size) {
     return size > 1e-7 && size < 1e9;
@@ -93,8 +96,8 @@ public:
         const Matrix3 cofactors = {cross(m[1], m[2]), cross(m[2], m[0]), cross(m[0], m[1])};
         const Vector3 normal = normalized(cofactors * plane.normal) * (determinant(m) < 0 ? -1 : 1);
         const Vector3 point = transformPoint(map, plane.normal * -plane.offset);
-        if (!(length(normal) > 0.5) || !isFinite(point)) {
-            report(Logger::errorLevel, "the scale leaves nothing of a <plane>, the shape is left out");
+        if (!(length(normal) > 0.5) || !(length(point) < farthestReach)) {
+            report(Logger::errorLevel, "a <plane> is out of range or scaled to nothing, the shape is left out");
             return std::nullopt;
         }
         return SolidPiece{collada::Plane{normal, -dot(normal, point)}, {}, {}, 0, false};
@@ -102,8 +105,14 @@ public:
 
     std::optional<SolidPiece> operator()(const collada::MeshShape& shape) const {
         collada::Mesh mesh = *shape.mesh;
+        double reach = 0;
         for (Vector3& vertex : mesh.vertices) {
             vertex = transformPoint(map, vertex);
+            reach = std::max(reach, length(vertex));
+        }
+        if (!(reach < farthestReach)) {
+            report(Logger::errorLevel, "a mesh is too large for a body, the shape is left out");
+            return std::nullopt;
         }
         if (!dynamic && !shape.convex && !mesh.triangles.empty()) {
             return SolidPiece{std::move(mesh), {}, {}, 0, false};
@@ -173,7 +182,7 @@ private:
 std::optional<SolidPiece> makeSolidPiece(const collada::Shape& shape, const Matrix3& scale, bool dynamic,
                                          const Report& report) {
     const Affine map = Affine{scale, {0, 0, 0}} * shape.placement;
-    if (!isFinite(map)) {
+    if (!isFinite(map) || !(length(map.translation) < farthestOffset)) {
         report(Logger::errorLevel, "the placement of a shape is out of range, it is left out");
         return std::nullopt;
     }

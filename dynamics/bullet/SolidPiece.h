@@ -15,6 +15,9 @@ namespace tessarin::dynamics::bullet {
 /// Takes what there is to say about a body and the log level of that.
 using Report = std::function<void(int level, const std::string& text)>;
 
+/// How far from its node a shape or a mass may be: what is farther out leaves no digits for where the body is.
+constexpr double farthestOffset = 1e9;
+
 /// One shape of a body with the scale of its node applied, in the node's unscaled frame, with its share of the mass.
 struct SolidPiece {
     /// A shape with a frame of its own, and what the scale does to it in that frame.

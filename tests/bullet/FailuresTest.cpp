@@ -64,6 +64,10 @@ TEST(Failures, OneLineForEachBodyAndTheRestComesIn) {
         {ball(1, "<density>0</density>"), "density", true},
         {ball(1, "<mass>much</mass>"), "sid=\"faulty\"> <mass>", true},
         {ball() + shape("<torus/>"), "torus", true},
+        {ball(1, "<translate>1e30 0 0</translate>"), "out of range", false},
+        {"<mass_frame><translate>1e30 0 0</translate></mass_frame>" + ball(), "<mass_frame>", true},
+        {"<dynamic>yes</dynamic>" + ball(), "<dynamic>: is neither true nor false", true},
+        {mesh("nothing"), "has no mesh", false},
     };
     doubles::LogCapture log("dynamics");
     for (const auto& [properties, message, hasBody] : faults) {
@@ -73,6 +77,7 @@ TEST(Failures, OneLineForEachBodyAndTheRestComesIn) {
             "<geometry id='empty'><spline/></geometry><geometry id='round'><convex_mesh convex_hull_of='#round'/>"
             "</geometry>" +
             geometry("flat", "0 0 0 1 0 0 0 1 0 1 1 0", faces("triangles", "<p>0 1 2 2 1 3</p>")) +
+            geometry("nothing", "0 0 0 1 0 0 0 1 x", faces("triangles", "<p>0 1 2</p>")) +
             geometry("broken", "0 0 0 1 0 0 0 1 0 0 0 1", faces("triangles", "<p>0 1 2 0 1 3 0 2 3 1 2 3 0 -1 7</p>"));
         scene.add("first", "", ball()).add("faulty", "<translate>9 0 0</translate>", properties);
         scene.add("last", "<translate>-9 0 0</translate>", ball());
@@ -119,7 +124,8 @@ TEST(Failures, AFaultyConstraintCostsItsJointAlone) {
         {attachment("faulty") + refAttachment("a"), "was left out", false},
         {"<attachment><translate>1 0 0</translate></attachment>", "attached to no body", false},
         {attachment("a") + refAttachment("a"), "to one body", false},
-        {limits("<linear><min>0 x 0</min></linear>"), "sid=\"bad\"> <min>: needs three numbers", true},
+        {limits("<linear><min sid='low'>0 x 0</min></linear>"), "sid=\"bad\"> <min sid=\"low\">: needs three numbers",
+         true},
         {sides + "<technique_common><spring><linear><stiffness>-1</stiffness></linear></spring></technique_common>",
          "sid=\"bad\"> <stiffness>", true},
         {attachment("a", "<translate>1e300 0 0</translate><scale>1e300 1 1</scale>") + refAttachment("b"),
@@ -156,12 +162,27 @@ TEST(Failures, AbsurdPlacesAndSpeedsStayNumbers) {
         .add("nothing", "<scale>0 0 0</scale>", ball())
         .add("disc", "<scale>1 1 0</scale>", box("1 1 1"))
         .add("fast", "", ball(), "<velocity>1e38 1e38 1e38</velocity><angular_velocity>1e38 0 0</angular_velocity>")
+        .add("farShape", "", fixed + ball(1, "<translate>1e300 0 0</translate>"))
+        .add("farPlane", "", fixed + shape("<plane><equation>0 0 1 1e300</equation></plane>"))
         .add("good", "<translate>50 0 0</translate>", ball());
     scene.nodes += "<node id='loop'><node id='inner'><instance_node url='#loop'/></node></node>";
     LoadedWorld loaded(scene);
     loaded.run(60);
     EXPECT_TRUE(loaded.areNumbers());
     EXPECT_NEAR(loaded.at("good", 2), -5, 0.1);
+}
+
+TEST(Failures, ModelsThatAreNestedWithoutEndEndWithALine) {
+    ColladaScene scene;
+    scene.bodies = "<instance_physics_model url='#m0'/>";
+    for (int i = 0; i < 3000; ++i) {
+        scene.models += "<physics_model id='m" + std::to_string(i) + "'><instance_physics_model url='#m" +
+                        std::to_string(i + 1) + "'/></physics_model>";
+    }
+    scene.add("good", "", ball());
+    doubles::LogCapture log("dynamics");
+    EXPECT_EQ(LoadedWorld(scene).bodies.size(), 1U);
+    EXPECT_THAT(log.takeErrors(), ElementsAre(HasSubstr("too deeply")));
 }
 
 TEST(Failures, AMovingConcaveMeshSaysThatItsHullIsTaken) {

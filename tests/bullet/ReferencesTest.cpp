@@ -22,15 +22,18 @@ TEST(References, LeadToBodiesHoweverTheFileNamesThem) {
     ColladaScene scene;
     scene.nodes = "<node id='n1' name='one'/><node id='n 2' name='two'/><node id='n3' sid='s3'/>"
                   "<node id='left'><node id='lw' sid='wheel'/></node>"
-                  "<node id='right'><node><node id='rw' sid='wheel'/></node></node>";
-    scene.bodies = bodyOf("name='first'") + bodyOf("id='second' sid='x'") + "<instance_physics_model url='#inner'/>";
+                  "<node id='right'><node><node id='rw' sid='wheel'/></node></node>"
+                  "<node id='up'><node sid='nameless'/></node>";
+    scene.bodies = bodyOf("name='first'") + bodyOf("id='second' sid='x'") + bodyOf("name='of wood/small'") +
+                   "<instance_physics_model url='#inner'/>";
     scene.instances =
         "<instance_rigid_body target='#n1' body='first'/><instance_rigid_body body='#second' target='two'/>"
         "<instance_rigid_body body='inner/third' target='#s3'/>"
         "<instance_rigid_body target='./FILE#n%202' body='first'><dynamic>0</dynamic>" +
         ball() +
         "</instance_rigid_body><instance_rigid_body body='x' target='left/wheel'/>"
-        "<instance_rigid_body body='x' target='#right/wheel'/></instance_physics_model>"
+        "<instance_rigid_body body='x' target='#right/wheel'/>"
+        "<instance_rigid_body body='of%20wood/small' target='up/nameless'/></instance_physics_model>"
         "<instance_physics_model url='file:///C:/some%20where/FILE#inner'><instance_rigid_body target='#n1'/>"
         "</instance_physics_model><instance_physics_model url='other.dae#inner'>";
     scene.models = "<physics_model id='inner'>" + bodyOf("sid='third'") + "</physics_model>";
@@ -45,7 +48,7 @@ TEST(References, LeadToBodiesHoweverTheFileNamesThem) {
     loaded.world->loadScene(file.path, Pose(), loaded);
     EXPECT_THAT(log.takeErrors(),
                 ElementsAre(testing::HasSubstr("other.dae#inner\">: there is no such physics model")));
-    ASSERT_THAT(loaded.names(), ElementsAre("one", "two", "n3", "two", "lw", "rw", "one"));
+    ASSERT_THAT(loaded.names(), ElementsAre("one", "two", "n3", "two", "lw", "rw", "nameless", "one"));
     loaded.run(60);
     EXPECT_EQ(LoadedWorld::poseOf(*loaded.bodies[3])(2, 3), 0) << "made static by its instance";
     EXPECT_LT(loaded.at("n3", 2), -1);
@@ -116,7 +119,9 @@ TEST(References, AttachmentsToTheWorldAreWhereTheOtherSideIsOrAsPlaced) {
          {1, -3, 2}},
         {"", {-1, 0, 5}},
         {"<ref_attachment rigid_body=''/>", {-1, 0, 5}},
+        {"<ref_attachment rigid_body='#'/>", {-1, 0, 5}},
         {refAttachment("#post", "<translate>1 0 0</translate>"), {1, -7, 0}},
+        {refAttachment("#view", "<translate>1 0 7</translate>"), {1, -7, 0}}, // the whole scene
     };
     ColladaScene scene;
     scene.upAxis = "<up_axis>Y_UP</up_axis>";
@@ -128,9 +133,9 @@ TEST(References, AttachmentsToTheWorldAreWhereTheOtherSideIsOrAsPlaced) {
     }
     addConstraint(scene, "reverse", {refAttachment("ball", "<translate>0 1 0</translate>"), ""});
     const LoadedWorld loaded(scene);
-    EXPECT_EQ(jointOf(loaded, 4).getSecondBody(), nullptr);
-    EXPECT_NEAR(jointOf(loaded, 4).getSecondFrame()(2, 3), 5, 1e-5);
-    for (std::size_t i = 0; i < 4; ++i) {
+    EXPECT_EQ(jointOf(loaded, std::size(cases)).getSecondBody(), nullptr);
+    EXPECT_NEAR(jointOf(loaded, std::size(cases)).getSecondFrame()(2, 3), 5, 1e-5);
+    for (std::size_t i = 0; i < std::size(cases); ++i) {
         EXPECT_EQ(jointOf(loaded, i).getFirstBody(), nullptr);
         for (unsigned axis = 0; axis < 3; ++axis) {
             const double onWorld[3] = {-1, 0, 5}; // 2 to the left of the ball, which is turned and twice as large

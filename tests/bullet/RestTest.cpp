@@ -44,6 +44,9 @@ const Drop drops[] = {
     {"", shape("<convex_mesh convex_hull_of='#polygons'/>"), 0.5},
     {"", box("0.01 0.01 0.005"), 0.005, 0.01},
     {"", box("100 100 50"), 50, 100},
+    {"", box("1000 1000 500"), 500, 1000}, // millimetres and no mass: thousands of millions
+    {upright,
+     shape("<tapered_cylinder><height>1</height><radius1>0</radius1><radius2>1 1</radius2></tapered_cylinder>"), 0.5},
     {"", mesh("triangles"), 0.5},
     {"", mesh("polylist"), 0.5},
     {"", mesh("polygons"), 0.5},
