@@ -60,6 +60,7 @@ const XMLNode* findNodeInItself(const XMLNode& root) {
             continue;
         }
         std::vector<const XMLNode*> below;
+        below.reserve(static_cast<std::size_t>(element.getNumChildren()) + 1);
         for (int i = 0; i < element.getNumChildren(); ++i)
             below.push_back(element.getChild(i));
         const auto instanced =
