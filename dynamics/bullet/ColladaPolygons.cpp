@@ -34,32 +34,20 @@ public:
         return true;
     }
 
-    /// Makes the hole part of the ring, by a cut to where it is nearest. False if each cut crosses something.
-    bool join(Indices hole) {
-        if (dot(areaOf(vertices, hole), normal) > 0) {
-            std::reverse(hole.begin(), hole.end());
-        }
-        double least = std::numeric_limits<double>::infinity();
-        std::size_t ringEnd = 0;
-        std::size_t holeEnd = 0;
-        for (std::size_t i = 0; i < ring.size(); ++i) {
-            for (std::size_t j = 0; j < hole.size(); ++j) {
-                const Vector3 cut = vertices[hole[j]] - vertices[ring[i]];
-                if (dot(cut, cut) < least && !crosses(ring[i], hole[j], ring) && !crosses(ring[i], hole[j], hole)) {
-                    least = dot(cut, cut);
-                    ringEnd = i;
-                    holeEnd = j;
-                }
+    /// Makes the holes part of the ring, one after the other. False if some are left that no cut leads to.
+    bool join(std::vector<Indices> holes) {
+        holes.erase(std::remove(holes.begin(), holes.end(), Indices()), holes.end());
+        for (std::size_t misses = 0; misses < holes.size();) {
+            // One that lies behind others waits until these are part of the ring.
+            if (join(holes.front(), holes)) {
+                misses = 0;
+            } else {
+                holes.push_back(holes.front());
+                ++misses;
             }
+            holes.erase(holes.begin());
         }
-        if (least == std::numeric_limits<double>::infinity()) {
-            return false;
-        }
-        std::rotate(hole.begin(), hole.begin() + static_cast<std::ptrdiff_t>(holeEnd), hole.end());
-        hole.push_back(hole.front());
-        hole.push_back(ring[ringEnd]);
-        ring.insert(ring.begin() + static_cast<std::ptrdiff_t>(ringEnd) + 1, hole.begin(), hole.end());
-        return true;
+        return holes.empty();
     }
 
     /// False if some corners were left that none can be cut off of.
@@ -91,6 +79,36 @@ public:
     }
 
 private:
+    /// Cuts from the ring to a hole where that is nearest. False if each cut crosses something.
+    /// @param holes all that aren't part of the ring, this one included.
+    bool join(Indices hole, const std::vector<Indices>& holes) {
+        if (dot(areaOf(vertices, hole), normal) > 0) {
+            std::reverse(hole.begin(), hole.end());
+        }
+        double least = std::numeric_limits<double>::infinity();
+        std::size_t ringEnd = 0;
+        std::size_t holeEnd = 0;
+        for (std::size_t i = 0; i < ring.size(); ++i) {
+            for (std::size_t j = 0; j < hole.size(); ++j) {
+                const Vector3 cut = vertices[hole[j]] - vertices[ring[i]];
+                if (dot(cut, cut) < least && leadsInwards(i, hole[j]) && !crosses(ring[i], hole[j], ring) &&
+                    !crosses(ring[i], hole[j], holes)) {
+                    least = dot(cut, cut);
+                    ringEnd = i;
+                    holeEnd = j;
+                }
+            }
+        }
+        if (least == std::numeric_limits<double>::infinity()) {
+            return false;
+        }
+        std::rotate(hole.begin(), hole.begin() + static_cast<std::ptrdiff_t>(holeEnd), hole.end());
+        hole.push_back(hole.front());
+        hole.push_back(ring[ringEnd]);
+        ring.insert(ring.begin() + static_cast<std::ptrdiff_t>(ringEnd) + 1, hole.begin(), hole.end());
+        return true;
+    }
+
     unsigned before(std::size_t i) const { return ring[(i + ring.size() - 1) % ring.size()]; }
     unsigned after(std::size_t i) const { return ring[(i + 1) % ring.size()]; }
 
@@ -107,6 +125,18 @@ private:
             return other != a && other != b && other != c && turn(a, b, other) >= 0 && turn(b, c, other) >= 0 &&
                    turn(c, a, other) >= 0;
         });
+    }
+
+    /// Cuts leave several corners of the ring at one place, each with another part of what is inside before it.
+    bool leadsInwards(std::size_t i, unsigned to) const {
+        const bool isLeftOfBefore = turn(before(i), ring[i], to) > 0;
+        const bool isLeftOfAfter = turn(ring[i], after(i), to) > 0;
+        const bool isNotch = turn(before(i), ring[i], after(i)) < 0;
+        return isNotch ? isLeftOfBefore || isLeftOfAfter : isLeftOfBefore && isLeftOfAfter;
+    }
+
+    bool crosses(unsigned a, unsigned b, const std::vector<Indices>& rings) const {
+        return std::any_of(rings.begin(), rings.end(), [&](const Indices& edges) { return crosses(a, b, edges); });
     }
 
     bool crosses(unsigned a, unsigned b, const Indices& edges) const {
@@ -150,10 +180,7 @@ void appendPolygon(const std::vector<Vector3>& vertices, const Indices& outline,
     if (canBeCut && corners > 3 && corners <= maxCorners) {
         EarCutter cutter(vertices, outline);
         if (!holes.empty() || !cutter.isConvex()) {
-            for (const Indices& hole : holes) {
-                canBeCut = canBeCut && (hole.empty() || cutter.join(hole));
-            }
-            if (canBeCut && cutter.cut(triangles)) {
+            if (cutter.join(holes) && cutter.cut(triangles)) {
                 return;
             }
             triangles.resize(before);

@@ -117,6 +117,10 @@ TEST(Rest, ASurfaceCarriesWhereItIsAndNotInNotchesAndHoles) {
     const std::string angle = floor(faces("polygons", "<p>0 1 2 3 4 5</p>"));
     const std::string reverse = floor(faces("polylist", "<vcount>6</vcount><p>5 4 3 2 1 0</p>"));
     const std::string window = floor(faces("polygons", "<ph><p>5 0 6 4</p><h>7 8 9 10</h></ph>"));
+    // The way from the second hole, which comes first, to the nearest corner leads over the other one.
+    const std::string windows =
+        geometry("g", "0 0 0  20 0 0  20 4 0  0 4 0   1 0.3 0  1 3.7 0  2 3.7 0  2 0.3 0   4 1 0  5 1 0  5 3 0  4 3 0",
+                 faces("polygons", "<ph><p>0 1 2 3</p><h>8 9 10 11</h><h>4 5 6 7</h><h/></ph>"));
     const auto gutter = [](const std::string& tag) {
         return geometry("g", "-1 -5 2  0 -5 0  1 -5 2  -1 5 2  0 5 0  1 5 2",
                         faces("triangles", "<p>0 1 4 0 4 3 1 2 5 1 5 4</p>"), tag);
@@ -134,6 +138,9 @@ TEST(Rest, ASurfaceCarriesWhereItIsAndNotInNotchesAndHoles) {
         {window, "1.4 2.6", 0.2},
         {window, "2.5 1.4", 0.2},
         {window, "2.5 2.5", -19.6},
+        {windows, "3 2", 0.2},
+        {windows, "1.5 2", -19.6},
+        {windows, "4.5 2", -19.6},
         // The slope of the sides is 2, and over their hull there is nothing to fall into.
         {gutter("mesh"), "0 0", 0.2 * std::sqrt(5.0)},
         {gutter("convex_mesh"), "0 0", 2.2},
