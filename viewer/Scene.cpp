@@ -15,6 +15,7 @@
 #include <dynamics/bullet/BulletDynamicsWorld.h>
 #include <sceneutils/FindNodeVisitor.h>
 
+#include <osg/NodeVisitor>
 #include <osg/Switch>
 #include <osgDB/FileNameUtils>
 
@@ -105,6 +106,16 @@ void showNodesWithoutBody(AgentNode& agent) {
         showNodesWithoutBody(*child);
 }
 
+struct NameCollector : osg::NodeVisitor {
+    explicit NameCollector(osg::Node& model) : osg::NodeVisitor(TRAVERSE_ALL_CHILDREN) { model.accept(*this); }
+    void apply(osg::Node& node) override {
+        names.insert(node.getName());
+        traverse(node);
+    }
+
+    std::set<std::string> names;
+};
+
 void addComponent(XMLNode& agent, const std::string& className) {
     agent.addChild("Component")->attributes = {{"class", className}, {"name", className}};
 }
@@ -126,10 +137,13 @@ void showModel(AgentNode& root) {
     document.attributes["name"] = root.getName();
     if (model->getBound().valid())
         addComponent(document, "GeometryComponent");
+    const NameCollector nodes(*model);
     for (AgentNode* child : root.getChildren()) {
         XMLNode* const element = document.addChild("AgentNode");
         element->attributes["name"] = child->getName();
-        addComponent(*element, "GeometryComponent");
+        // Without a node of its own it would take the whole model.
+        if (nodes.names.count(child->getName()) > 0)
+            addComponent(*element, "GeometryComponent");
         const dynamics::bullet::BulletBodyControl* const body = findBodyControl(child);
         if (!body || !body->isMovable())
             continue;

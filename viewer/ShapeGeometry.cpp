@@ -113,15 +113,16 @@ ShapeGeometry::ShapeGeometry(const XMLNode& collada) {
         if (isNew)
             bodies->second = bodiesOf(*model->second);
         const auto body = bodies->second.find(instance->getAttributeValue("body"));
+        const std::string target = instance->getAttributeValue("target");
         if (body != bodies->second.end())
-            bodiesByTarget.emplace(instance->getAttributeValue("target"), body->second);
+            bodiesByNode.emplace(target.substr(target.find('#') + 1), body->second); // all of it where there is no sign
     }
 }
 
 osg::ref_ptr<osg::Node> ShapeGeometry::make(const std::string& nodeId) const {
-    const auto body = bodiesByTarget.find("#" + nodeId);
+    const auto body = bodiesByNode.find(nodeId);
     const XMLNode* const common =
-        body != bodiesByTarget.end() ? body->second->getChild("technique_common", true) : nullptr;
+        body != bodiesByNode.end() ? body->second->getChild("technique_common", true) : nullptr;
     if (!common)
         return nullptr;
 

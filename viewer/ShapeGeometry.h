@@ -23,7 +23,7 @@ public:
     osg::ref_ptr<osg::Node> make(const std::string& nodeId) const;
 
 private:
-    std::map<std::string, const xml_parser::XMLNode*> bodiesByTarget;
+    std::map<std::string, const xml_parser::XMLNode*> bodiesByNode;
 };
 
 } // namespace tessarin::viewer

@@ -109,10 +109,11 @@ TEST_F(ModelLoaderTest, NothingIsMissingOrTwiceHoweverAFileNamesItsBodies) {
     const std::string whole = colladaText(
         "Z_UP",
         "<node id='one'><instance_geometry url='#cube'/></node>"
-        "<node id='two'><translate>5 0 0</translate><scale>1 2 1</scale><instance_geometry url='#cube'/></node>",
+        "<node id='two'><translate>5 0 0</translate><scale>1 2 1</scale><instance_geometry url='#cube'/></node>"
+        "<node sid='nameless'><translate>9 0 0</translate><instance_geometry url='#cube'/></node>",
         bodyText("a", box) + bodyText("b", box), instanceText("a", "one") + instanceText("b", "two"));
     const Boxes wanted = boxesOf(*osgDB::readRefNodeFile(write("whole.dae", whole).string()));
-    ASSERT_EQ(wanted.size(), 2U);
+    ASSERT_EQ(wanted.size(), 3U);
     const std::tuple<std::string, std::string, std::size_t> changes[] = {
         {"<instance_physics_scene url='#world'/>", "", 0},
         {"<instance_visual_scene url='#scene'/>", "", 2},
@@ -120,6 +121,7 @@ TEST_F(ModelLoaderTest, NothingIsMissingOrTwiceHoweverAFileNamesItsBodies) {
         {"target='#two'", "target='#t%77o'", 2},
         {"target='#two'", "target='x.dae#two'", 2},
         {"body='b'", "body='nobody'", 1},
+        {"target='#two'", "target='scene/nameless'", 2},
     };
     for (const auto& [from, to, bodies] : changes) {
         SCOPED_TRACE(to);
@@ -139,8 +141,9 @@ TEST_F(ModelLoaderTest, WhatOnlyThePhysicsTellsIsShownToo) {
     const std::string nodes = "<node id='stone'><translate>10 0 0</translate><scale>3 3 3</scale>"
                               "<instance_geometry url='#hull'/></node>"
                               "<node id='lamp'><translate>0 7 0</translate></node>";
-    Scene scene(write("physics.dae", colladaText("Z_UP", nodes, bodyText("s", box) + bodyText("l", shapes),
-                                                 instanceText("s", "stone") + instanceText("l", "lamp"))));
+    Scene scene(write("physics.dae",
+                      colladaText("Z_UP", nodes, bodyText("s", box) + bodyText("l", shapes),
+                                  instanceText("s", "stone") + "<instance_rigid_body body='l' target='lamp'/>")));
     const Boxes boxes = boxesOf(scene.getGraph());
     EXPECT_EQ(boxes.size(), 3U);
     const Boxes wanted = {{10, 0, 0, 13, 3, 3}, {-1, 6, 3, 1, 8, 7}, {-2, 5, -2, 2, 9, 2}};
