@@ -21,7 +21,7 @@ bool hasPlacement(const Element* side) {
 std::string nameOf(const Element& instance, const Element& constraint) {
     for (const char* attribute : {"name", "sid"}) {
         for (const Element* element : {&instance, &constraint}) {
-            const std::string name = element->getAttributeValue(attribute);
+            std::string name = element->getAttributeValue(attribute);
             if (!name.empty()) {
                 return name;
             }

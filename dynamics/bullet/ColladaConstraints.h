@@ -30,9 +30,9 @@ public:
 
 private:
     struct Pending {
-        int scope;
-        const Element* instance;
-        const Element* constraint;
+        int scope = 0;
+        const Element* instance = nullptr;
+        const Element* constraint = nullptr;
         Affine placement;
     };
 

@@ -45,7 +45,7 @@ private:
     const Document& document;
     struct Place {
         Affine toWorld;
-        const Element* parent;
+        const Element* parent = nullptr;
     };
 
     std::unordered_map<const Element*, Place> places;

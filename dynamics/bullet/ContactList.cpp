@@ -23,8 +23,6 @@ void ContactList::start() {
 
 bool ContactList::mergeManifold(const btPersistentManifold& manifold, Touch& touch) {
     bool isTouching = false;
-    touch.hardest = -1;
-    touch.impulse = 0;
     for (int i = 0; i < manifold.getNumContacts(); ++i) {
         const btManifoldPoint& point = manifold.getContactPoint(i);
         if (!(point.m_appliedImpulse > 0 || point.getDistance() <= 0)) {

@@ -53,19 +53,19 @@ private:
 
     struct Touch {
         Pair pair;
-        std::size_t order;
-        BulletBody* first;
-        BulletBody* second;
+        std::size_t order = 0;
+        BulletBody* first = nullptr;
+        BulletBody* second = nullptr;
         btVector3 point;
         btVector3 normal;
-        btScalar hardest;
-        double impulse;
+        btScalar hardest = -1;
+        double impulse = 0;
     };
 
     struct Known {
         Pair pair;
-        BulletBody* first;
-        BulletBody* second;
+        BulletBody* first = nullptr;
+        BulletBody* second = nullptr;
     };
 
     static bool mergeManifold(const btPersistentManifold& manifold, Touch& touch);

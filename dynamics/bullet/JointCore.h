@@ -24,7 +24,7 @@ public:
     /// One side of a joint.
     struct Side {
         /// Null for the world.
-        BulletBody* body;
+        BulletBody* body = nullptr;
 
         /// Rigid, in the frame of the body's node or of the world.
         Affine frame;
@@ -74,7 +74,7 @@ private:
     };
 
     struct AxisSpring {
-        std::size_t axis;
+        std::size_t axis = 0;
         collada::Spring spring;
     };
 
