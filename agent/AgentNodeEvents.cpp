@@ -208,7 +208,6 @@ void AgentNode::dispatchEvent(AgentEvent::_AgentEventEnum event) {
     if (!listens(event)) {
         // As long as nobody is called nothing can change, and no walk has to be known.
         for (; entry != children.end() && (*entry)->isSilentLeaf(event); ++entry) {
-            prefetchNext(entry);
             sweep |= (*entry)->markedForRemoval;
         }
     }
