@@ -11,6 +11,8 @@ namespace tessarin::viewer {
 
 namespace {
 
+constexpr const char* storeName = "bodies of the model";
+
 class IdVisitor : public osg::NodeVisitor {
 public:
     explicit IdVisitor(const std::set<std::string>& wanted) : osg::NodeVisitor(TRAVERSE_ALL_CHILDREN), ids(wanted) {}
@@ -113,6 +115,16 @@ osg::ref_ptr<osg::Node> separateBodies(osg::Node& model, const std::set<std::str
     parts->addChild(store);
     parts->addChild(&model);
     return parts;
+}
+
+void showStoredWithout(osg::Node& model, const std::set<std::string>& names) {
+    osg::Group* const parts = model.asGroup();
+    osg::Switch* const store = parts && parts->getNumChildren() > 0 ? parts->getChild(0)->asSwitch() : nullptr;
+    if (!store || store->getName() != storeName)
+        return;
+    for (unsigned i = 0; i < store->getNumChildren(); ++i)
+        if (names.count(store->getChild(i)->getName()) == 0)
+            store->setValue(i, true);
 }
 
 } // namespace tessarin::viewer

@@ -16,7 +16,6 @@
 #include <sceneutils/FindNodeVisitor.h>
 
 #include <osg/NodeVisitor>
-#include <osg/Switch>
 #include <osgDB/FileNameUtils>
 
 #include <set>
@@ -91,16 +90,11 @@ void placeAgents(AgentNode& agent) {
 /// Shows the nodes of models that would be those of bodies if their bodies had come in.
 void showNodesWithoutBody(AgentNode& agent) {
     VisualModelComponent* const component = modelOf(agent);
-    const osg::ref_ptr<osg::Node> model = component ? component->getModel() : nullptr;
-    osg::Group* const parts = model ? model->asGroup() : nullptr;
-    osg::Switch* const store = parts && parts->getNumChildren() > 0 ? parts->getChild(0)->asSwitch() : nullptr;
-    if (store && store->getName() == storeName) {
+    if (const osg::ref_ptr<osg::Node> model = component ? component->getModel() : nullptr) {
         std::set<std::string> names;
         for (AgentNode* child : agent.getChildren())
             names.insert(child->getName());
-        for (unsigned i = 0; i < store->getNumChildren(); ++i)
-            if (names.count(store->getChild(i)->getName()) == 0)
-                store->setValue(i, true);
+        showStoredWithout(*model, names);
     }
     for (AgentNode* child : agent.getChildren())
         showNodesWithoutBody(*child);
@@ -176,6 +170,7 @@ std::unique_ptr<AgentNode> loadDocument(const std::filesystem::path& file) {
 void applyDocument(AgentNode& root, const std::filesystem::path& file) {
     const Document document(file);
     root.modifyWithXml(document.getRoot());
+    showNodesWithoutBody(root);
     root.modifyWithXml(placementOf(*document.getRoot()).get());
     requireModels(root, &document.getModels(), file); // what an earlier document has left is not this one's fault
 }

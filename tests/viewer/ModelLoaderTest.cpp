@@ -132,6 +132,15 @@ TEST_F(ModelLoaderTest, NothingIsMissingOrTwiceHoweverAFileNamesItsBodies) {
         EXPECT_EQ(shown.size(), wanted.size());
         EXPECT_EQ(countMissing(wanted, shown), 0U);
     }
+
+    std::string text = whole;
+    write("x.dae", text.replace(text.find("body='b'"), 8, "body='nobody'"));
+    const std::string model = "<AgentNode name='model'><Component class='VisualModelComponent' "
+                              "name='VisualModelComponent'><field name='filePath' value='x.dae'/></Component>"
+                              "<Component class='GeometryComponent' name='GeometryComponent'/></AgentNode>";
+    Scene scene(write("root.xml", "<AgentNode name='root'/>"),
+                {write("patch.xml", "<AgentNode name='root'>" + model + "</AgentNode>")});
+    EXPECT_EQ(boxesOf(scene.getGraph()).size(), 2U) << "a patch brings a model: all but the body without geometry";
 }
 
 TEST_F(ModelLoaderTest, WhatOnlyThePhysicsTellsIsShownToo) {

@@ -4,6 +4,9 @@
 #include <agent/RigidBodyComponent.h>
 #include <dynamics/DynamicsBody.h>
 #include <dynamics/bullet/BulletBodyControl.h>
+#include <dynamics/bullet/BulletDynamicsWorld.h>
+
+#include <gmtl/VecOps.h>
 
 namespace tessarin::viewer {
 
@@ -14,6 +17,11 @@ dynamics::DynamicsBody* findBody(agent::AgentNode* agent) {
 
 dynamics::bullet::BulletBodyControl* findBodyControl(agent::AgentNode* agent) {
     return dynamic_cast<dynamics::bullet::BulletBodyControl*>(findBody(agent));
+}
+
+double gravityStrength() {
+    const auto* const world = dynamic_cast<dynamics::bullet::BulletDynamicsWorld*>(agent::AgentNode::dynamicsWorld);
+    return world ? gmtl::length(world->getGravity()) : 0;
 }
 
 } // namespace tessarin::viewer

@@ -8,9 +8,7 @@
 #include <agent/AgentNode.h>
 #include <agent/CollisionData.h>
 #include <dynamics/bullet/BulletBodyControl.h>
-#include <dynamics/bullet/BulletDynamicsWorld.h>
 
-#include <gmtl/VecOps.h>
 #include <osg/Transform>
 
 #include <algorithm>
@@ -28,11 +26,6 @@ constexpr double fullHit = 5;
 
 /// Seconds of free fall whose speed is the threshold where none is given.
 constexpr double fallTime = 0.2;
-
-double speedOfFall() {
-    const auto* const world = dynamic_cast<dynamics::bullet::BulletDynamicsWorld*>(agent::AgentNode::dynamicsWorld);
-    return world ? gmtl::length(world->getGravity()) * fallTime : 0;
-}
 
 } // namespace
 
@@ -71,7 +64,7 @@ double FlashComponent::brightnessOf(double push) {
     const dynamics::bullet::BulletBodyControl* const body = findBodyControl(getAgentNode());
     if (!body || !body->isMovable())
         return 0;
-    const double least = (fields.threshold > 0 ? fields.threshold : speedOfFall()) * body->getMass();
+    const double least = (fields.threshold > 0 ? fields.threshold : gravityStrength() * fallTime) * body->getMass();
     return push > least ? std::min(push / (fullHit * least), 1.0) : 0;
 }
 

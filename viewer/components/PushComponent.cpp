@@ -8,9 +8,7 @@
 #include <agent/AgentNode.h>
 #include <agent/Input.h>
 #include <dynamics/bullet/BulletBodyControl.h>
-#include <dynamics/bullet/BulletDynamicsWorld.h>
 
-#include <cmath>
 #include <cstddef>
 
 namespace tessarin::viewer {
@@ -19,14 +17,11 @@ using agent::AgentEvent;
 
 namespace {
 
+/// The weight of a body of mass 1, or something like it where nothing has weight.
 double weightOfOne() {
     constexpr double withoutGravity = 10;
-    const auto* const world = dynamic_cast<dynamics::bullet::BulletDynamicsWorld*>(agent::AgentNode::dynamicsWorld);
-    if (!world)
-        return withoutGravity;
-    const gmtl::Vec<double, 3> gravity = world->getGravity();
-    const double strength = std::hypot(gravity[0], gravity[1], gravity[2]);
-    return strength > 0 ? strength : withoutGravity;
+    const double gravity = gravityStrength();
+    return gravity > 0 ? gravity : withoutGravity;
 }
 
 } // namespace
