@@ -30,6 +30,7 @@ class XMLNode;
 
 namespace tessarin::agent {
 
+class ComponentHandle;
 struct DocumentTransform;
 
 /// A named object in a tree of agents: the unit of the simulation.
@@ -310,9 +311,9 @@ private:
     void removeOsgNode(osg::Node* node, int times);
     static void tellAgentNode(Component* component, AgentNode* node);
     static osg::Node* osgNodeOf(Component* component);
-    bool holdsComponent(const Component* component) const;
+    bool holds(const ComponentHandle& handle) const;
     bool isAbove(const AgentNode* node) const;
-    Component* initializeNew(Component* component);
+    Component* attachNew(const ComponentHandle& made);
 
     void collectBodies(std::set<dynamics::DynamicsBody*>& bodies) const;
     void collectJoints(std::set<dynamics::DynamicsJoint*>& joints) const;
@@ -328,6 +329,7 @@ private:
     bool isInUse() const;
 
     static void deleteUnheld(AgentNode* agent);
+    static void deleteUnheld(Component* component);
     static AgentNode* internalCreateFromXml(xml_parser::XMLNode* node);
     static Component* modifyComponentWithXml(Component* component, xml_parser::XMLNode* node);
     void internalModifyWithXml(xml_parser::XMLNode* node);

@@ -2,6 +2,7 @@
 
 #include <agent/AgentNodeWalk.h>
 #include <agent/Component.h>
+#include <agent/ComponentHandle.h>
 #include <agent/HookGuard.h>
 #include <agent/ListSearch.h>
 #include <agent/RigidBodyComponent.h>
@@ -53,22 +54,34 @@ bool isEvent(AgentEvent::_AgentEventEnum event) {
 } // namespace
 
 Component* AgentNode::addComponent(const std::string& className) {
+    const Visit visit(*this);
     Component* const component = createComponent(className);
     if (!component)
         return nullptr;
+    const ComponentHandle handle(component);
     component->setName(className);
-    const Visit visit(*this);
-    addComponent(component);
-    return !visit.isOver() && holdsComponent(component) ? component : nullptr;
+    if (!visit.isOver())
+        addComponent(component);
+    if (!visit.isOver())
+        return holds(handle) ? component : nullptr;
+    deleteUnheld(handle.get());
+    return nullptr;
 }
 
 Component* AgentNode::addComponent(Component* component) {
     if (!component)
         return nullptr;
+    const Visit visit(*this);
+    const ComponentHandle handle(component);
     if (auto* const body = dynamic_cast<RigidBodyComponent*>(component))
         rigidBody = body;
     tellAgentNode(component, this);
-    osg::Node* const node = osgNodeOf(component);
+    osg::Node* const node = handle.get() ? osgNodeOf(component) : nullptr;
+    if (visit.isOver() || !handle.get()) {
+        if (!visit.isOver())
+            updateRigidBody();
+        return component;
+    }
     if (node && osgTransform)
         osgTransform->addChild(node);
     listComponent(component);
@@ -76,6 +89,8 @@ Component* AgentNode::addComponent(Component* component) {
     std::list<AgentEvent::_AgentEventEnum> events;
     bool choosy = true;
     callHook("getSupportedEvents", [&] { choosy = component->getSupportedEvents(events); });
+    if (visit.isOver() || !holds(handle))
+        return component;
     if (choosy) {
         for (const AgentEvent::_AgentEventEnum event : events)
             connect(component, event);
@@ -85,7 +100,6 @@ Component* AgentNode::addComponent(Component* component) {
         for (int event = 0; event < AgentEvent::COUNT; ++event)
             connect(component, static_cast<AgentEvent::_AgentEventEnum>(event));
     }
-    const Visit visit(*this);
     callHook("attached", [component] { component->attached(); });
     return component;
 }
@@ -145,8 +159,12 @@ void AgentNode::removeComponent(Component* component) {
     assert(component && "AgentNode::removeComponent takes no null component.");
     if (!component)
         return;
+    const Visit visit(*this);
+    const ComponentHandle handle(component);
     tellAgentNode(component, nullptr);
-    osg::Node* const node = osgNodeOf(component);
+    osg::Node* const node = handle.get() ? osgNodeOf(component) : nullptr;
+    if (visit.isOver() || !handle.get())
+        return;
     removeOsgNode(node, std::max(unlistComponent(component), 1));
     component->disconnectAll();
 }
@@ -174,9 +192,12 @@ void AgentNode::updateRigidBody() {
         rigidBody = dynamic_cast<RigidBodyComponent*>(*entry);
 }
 
-/// Whether the component, which may be gone, is still in the list. The one asked for is usually the last.
-bool AgentNode::holdsComponent(const Component* component) const {
-    return std::find(components.rbegin(), components.rend(), component) != components.rend();
+/// Whether the component is still there and in the list.
+bool AgentNode::holds(const ComponentHandle& handle) const {
+    const Component* const component = handle.get();
+    if (!component || !component->listing.hasMoreAgents())
+        return component && component->listing.getFirstAgent() == this;
+    return std::find(components.begin(), components.end(), component) != components.end();
 }
 
 void AgentNode::sendEvent(AgentEvent::_AgentEventEnum event) {

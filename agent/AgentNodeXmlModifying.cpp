@@ -1,6 +1,7 @@
 #include <agent/AgentNode.h>
 
 #include <agent/AgentNodeWalk.h>
+#include <agent/ComponentHandle.h>
 #include <agent/DocumentReader.h>
 #include <agent/DocumentTransform.h>
 #include <agent/GeometryComponent.h>
@@ -146,25 +147,29 @@ bool AgentNode::modifyOrAddComponent(XMLNode* element, const DocumentTransform& 
     const Visit visit(*this);
     Component* component = name.empty() ? nullptr : getComponent(name);
     if (component) {
-        modifyComponentWithXml(component, element);
+        component = modifyComponentWithXml(component, element);
     } else {
-        component = createComponentFromXml(element);
-        if (!component) {
+        const ComponentHandle made(createComponentFromXml(element));
+        if (visit.isOver()) {
+            deleteUnheld(made.get());
+            return true;
+        }
+        if (!made.get()) {
             TESSARIN_LOG(category, Logger::errorLevel, "AgentNode " << name << " could not add a component from XML");
             return true;
         }
-        addComponent(component);
-        component = visit.isOver() ? nullptr : initializeNew(component);
+        component = attachNew(made);
     }
     if (!component || visit.isOver())
         return true;
 
+    const ComponentHandle handle(component);
     if (std::string_view(component->getClassName()) == "GeometryComponent") {
         auto* const geometry = dynamic_cast<GeometryComponent*>(component);
         if (geometry && !tieGeometry(*geometry))
             return false;
     }
-    if (name == "RigidBodyComponent" && transform.isUsable()) {
+    if (name == "RigidBodyComponent" && transform.isUsable() && handle.get()) {
         if (auto* const body = dynamic_cast<RigidBodyComponent*>(component))
             placeBody(*body, transform);
     }

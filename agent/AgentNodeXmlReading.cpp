@@ -2,6 +2,7 @@
 
 #include <agent/AgentNodeWalk.h>
 #include <agent/Component.h>
+#include <agent/ComponentHandle.h>
 #include <agent/DocumentReader.h>
 #include <agent/HookGuard.h>
 #include <logging/Log.h>
@@ -39,6 +40,12 @@ void AgentNode::deleteUnheld(AgentNode* agent) {
         delete agent;
 }
 
+/// Deletes a new component that has lost its agent, unless a hook has found it another one.
+void AgentNode::deleteUnheld(Component* component) {
+    if (component && component->listing.isEmpty())
+        delete component;
+}
+
 /// Makes an agent and its branch without telling it. Null if the element is no AgentNode, or if a hook has deleted the
 /// agent meanwhile.
 AgentNode* AgentNode::internalCreateFromXml(XMLNode* node) {
@@ -60,14 +67,17 @@ AgentNode* AgentNode::internalCreateFromXml(XMLNode* node) {
             else if (child && !child->isAbove(agent))
                 agent->addChild(child);
         } else if (element->tag == "Component") {
-            Component* component = createComponentFromXml(element);
-            if (!component) {
+            const ComponentHandle made(createComponentFromXml(element));
+            if (visit.isOver()) {
+                deleteUnheld(made.get());
+                break;
+            }
+            if (!made.get()) {
                 TESSARIN_LOG(category, Logger::errorLevel,
                              "AgentNode " << agent->getName() << " could not add a component from XML");
                 continue;
             }
-            agent->addComponent(component);
-            component = visit.isOver() ? nullptr : agent->initializeNew(component);
+            const Component* const component = agent->attachNew(made);
             if (component && component->getName() == "VisualModelComponent") {
                 // The modification walks the whole element, what creation has read of it included.
                 agent->internalModifyWithXml(node);
@@ -80,13 +90,19 @@ AgentNode* AgentNode::internalCreateFromXml(XMLNode* node) {
     return visit.isOver() ? nullptr : agent;
 }
 
-/// Initialises a component just attached. Null if it, or this agent, is gone or they have parted before or by then.
-Component* AgentNode::initializeNew(Component* component) {
+/// Attaches a new component and initialises it. Null if it, or this agent, is gone or they have parted meanwhile.
+Component* AgentNode::attachNew(const ComponentHandle& made) {
     const Visit visit(*this);
-    if (!holdsComponent(component))
+    Component* const component = made.get();
+    addComponent(component);
+    if (visit.isOver()) {
+        deleteUnheld(made.get());
+        return nullptr;
+    }
+    if (!holds(made))
         return nullptr;
     callHook("initialize", [component] { component->initialize(); });
-    return !visit.isOver() && holdsComponent(component) ? component : nullptr;
+    return !visit.isOver() && holds(made) ? component : nullptr;
 }
 
 Component* AgentNode::createComponent(const std::string& className) {
@@ -108,8 +124,10 @@ Component* AgentNode::createComponentFromXml(XMLNode* node) {
     return modifyComponentWithXml(component, node);
 }
 
+/// Null if a hook has deleted the component meanwhile.
 Component* AgentNode::modifyComponentWithXml(Component* component, XMLNode* node) {
-    for (int i = 0; i < node->getNumChildren(); ++i) {
+    const ComponentHandle handle(component);
+    for (int i = 0; i < node->getNumChildren() && handle.get(); ++i) {
         const XMLNode* const element = node->getChild(i);
         if (element->tag != "field")
             continue;
@@ -119,7 +137,7 @@ Component* AgentNode::modifyComponentWithXml(Component* component, XMLNode* node
                      "Component(" << component->getClassName() << ")." << name << "=" << value);
         callHook("setAsString", [&] { component->setAsString(name, value); });
     }
-    return component;
+    return handle.get();
 }
 
 } // namespace tessarin::agent

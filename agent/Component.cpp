@@ -2,6 +2,7 @@
 
 #include <agent/Accessor.h>
 #include <agent/AgentNode.h>
+#include <agent/ComponentHandle.h>
 #include <agent/Input.h>
 #include <agent/SimObjectDB.h>
 
@@ -10,7 +11,10 @@
 
 namespace tessarin::agent {
 
+ComponentHandle* ComponentHandle::innermost = nullptr;
+
 Component::~Component() {
+    ComponentHandle::expire(this);
     if (listing.isEmpty())
         return;
     disconnectAll();

@@ -2,6 +2,7 @@
 
 #include <agent/Accessor.h>
 #include <agent/AgentNode.h>
+#include <agent/ComponentHandle.h>
 #include <agent/JointComponent.h>
 #include <agent/RigidBodyComponent.h>
 #include <agent/SimObjectDB.h>
@@ -91,32 +92,44 @@ void VisualModelComponent::setModelLoader(VisualModelComponentModelLoader* loade
 }
 
 Component* VisualModelComponent::initialize() {
+    // The hooks of what comes in, the world and the loader may delete this component.
+    const ComponentHandle handle(this);
     if (osgDB::getLowerCaseFileExtension(filePath) == "dae" && agentNode)
-        loadPhysics();
-    if (modelLoader) {
-        model = modelLoader->loadModel(filePath);
-    } else {
+        loadPhysics(std::string(filePath), agentNode);
+    if (!handle.get())
+        return nullptr;
+    if (!modelLoader) {
         TESSARIN_LOG(category, Logger::errorLevel, "No model loader is set to load " << filePath);
+        return this;
     }
+    const osg::ref_ptr<osg::Node> loaded = modelLoader->loadModel(std::string(filePath));
+    if (!handle.get())
+        return nullptr;
+    model = loaded;
     return this;
 }
 
-void VisualModelComponent::loadPhysics() {
+void VisualModelComponent::loadPhysics(const std::string& path, AgentNodeHandle agent) {
     if (!AgentNode::dynamicsWorld) {
-        TESSARIN_LOG(category, Logger::errorLevel, "No dynamics world is set to load the physics of " << filePath);
+        TESSARIN_LOG(category, Logger::errorLevel, "No dynamics world is set to load the physics of " << path);
         return;
     }
 
     struct ComponentAdder final : dynamics::DynamicsBodyFunctor {
         void visitJoint(dynamics::DynamicsJoint* joint) override {
-            auto* const component = new JointComponent;
-            component->setJoint(joint);
+            auto owner = std::make_unique<JointComponent>();
+            owner->setJoint(joint);
+            if (!agent)
+                return;
+            JointComponent* const component = owner.release();
             agent->addComponent(component);
             component->setName(joint->name);
         }
 
         void visitBody(dynamics::DynamicsBody* body) override {
             std::unique_ptr<dynamics::DynamicsBody> owned(body);
+            if (!agent)
+                return;
             auto* const child = new AgentNode;
             agent->addChild(child);
             child->setName(body->getName());
@@ -127,13 +140,14 @@ void VisualModelComponent::loadPhysics() {
         }
 
         osg::ref_ptr<osg::Node> model;
-        AgentNode* agent = nullptr;
+        AgentNodeHandle agent;
     };
 
     ComponentAdder adder;
-    adder.model = osgDB::readRefNodeFile(filePath, osgDB::Registry::instance()->getOptions());
-    adder.agent = agentNode;
-    AgentNode::dynamicsWorld->loadScene(filePath, gmtl::Matrix<double, 4, 4>(), adder);
+    adder.model = osgDB::readRefNodeFile(path, osgDB::Registry::instance()->getOptions());
+    adder.agent = agent;
+    if (agent && AgentNode::dynamicsWorld)
+        AgentNode::dynamicsWorld->loadScene(path, gmtl::Matrix<double, 4, 4>(), adder);
 }
 
 } // namespace tessarin::agent

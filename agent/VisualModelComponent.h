@@ -38,6 +38,7 @@ public:
     /// Reads the file that the path names. Blocks as long as that takes. A second call on a COLLADA file makes a second
     /// set of agents and joints. A file that can't be read leaves the model null; a missing loader, and a missing world
     /// for a COLLADA file, are logged at level 300.
+    /// @return null if the component has been deleted meanwhile, by a hook, the loader or the world.
     Component* initialize() override;
 
     bool getSupportedEvents(std::list<AgentEvent::_AgentEventEnum>& events) override;
@@ -63,7 +64,7 @@ protected:
     static VisualModelComponentModelLoader* modelLoader;
 
 private:
-    void loadPhysics();
+    static void loadPhysics(const std::string& path, AgentNodeHandle agent);
 
     std::string filePath;
     osg::ref_ptr<osg::Node> model;

@@ -194,5 +194,155 @@ TEST_F(InsideAHook, DocumentsMayBeAppliedAndMadeAndTheirAgentsAndComponentsGo) {
     EXPECT_EQ(RecordingComponent::alive, before);
 }
 
+/// All of them stand at one address, one after the other. The first one deletes itself in a hook, and a second one
+/// comes to the agent.
+struct Phoenix : RecordingComponent {
+    explicit Phoenix(bool first) {
+        setName(first ? "first" : "second");
+        if (first)
+            actions[hook] = [this] {
+                AgentNode* const agent = getAgentNode();
+                delete this;
+                agent->addComponent(new Phoenix(false));
+            };
+        else
+            actions["initialize"] = [] { ADD_FAILURE() << "the second one is not the one that was made"; };
+    }
+    static void* operator new(std::size_t) { return place; }
+    static void operator delete(void*) {}
+
+    struct Factory final : SimObjectFactory {
+        SimObject* create() override { return new Phoenix(true); }
+    };
+    static inline std::string hook;
+    alignas(std::max_align_t) static inline char place[4096];
+};
+
+TEST(Components, ANewOneAtTheAddressOfADeletedOneIsNotTakenForIt) {
+    static Phoenix::Factory factory;
+    static_assert(sizeof(Phoenix) <= sizeof(Phoenix::place));
+    SimObjectDB::instance()->registerFactory(&factory, "Phoenix");
+    for (const char* const hook : {"attached", "getSupportedEvents", "initialize"}) {
+        SCOPED_TRACE(Phoenix::hook = hook);
+        const std::string element = "<AgentNode><Component class='Phoenix' name='Phoenix'/></AgentNode>";
+        const std::function<void(Owned&)> ways[] = {
+            [&](Owned& agent) { agent.reset(AgentNode::createFromXmlString(element)); },
+            [&](Owned& agent) { agent->modifyWithXml(element); },
+            [](Owned& agent) { EXPECT_EQ(agent->addComponent("Phoenix"), nullptr); },
+            [](Owned& agent) { EXPECT_EQ(agent->getOrAddComponent("Phoenix"), nullptr); },
+            [](Owned& agent) { EXPECT_EQ(agent->getOrAddComponent("Phoenix", "name"), nullptr); },
+        };
+        const std::size_t documents = 2, all = std::size(ways);
+        for (std::size_t way = 0; way < (hook == std::string("initialize") ? documents : all); ++way) {
+            Owned agent = std::make_unique<AgentNode>();
+            ways[way](agent);
+            ASSERT_EQ(componentsOf(*agent).size(), 1u) << way;
+            EXPECT_EQ(componentsOf(*agent).front()->getName(), "second") << way;
+        }
+    }
+}
+
+/// A host's own class for bodies, with which something happens at each step of its making.
+struct FrailBody final : RigidBodyComponent {
+    void attached() override { strike("attached"); }
+
+    struct Factory final : SimObjectFactory {
+        SimObject* create() override { return strike("made"), new FrailBody; }
+    };
+    static inline std::function<void(const std::string&)> strike;
+};
+
+// The component, or the agent with it, goes while a class of the host's is made, attached or initialised, in the world,
+// or in the loader.
+TEST(VisualModelComponent, MayGoWhileItLoadsAndItsAgentToo) {
+    using Joint = JointDouble<dynamics::DynamicsRevoluteJoint>;
+    static FrailBody::Factory factory;
+    static SimObjectFactoryRigidBodyComponent standard;
+    SimObjectDB::instance()->registerFactory(&factory, "RigidBodyComponent");
+    doubles::ModelLoaderDouble loader;
+    doubles::WorldDouble world;
+    AgentNode::dynamicsWorld = &world;
+    loader.models["m.dae"] = new osg::Group;
+    loader.whileLoading = [] { FrailBody::strike("loader"); };
+    world.scene = [](dynamics::DynamicsBodyFunctor& functor) {
+        for (const char* const name : {"a", "b"}) {
+            functor.visitBody(new BodyDouble(name));
+            functor.visitJoint(new Joint(name));
+            FrailBody::strike("world");
+        }
+    };
+    const std::string document = "<AgentNode name='m'><Component class='VisualModelComponent'><field name='filePath' "
+                                 "value='m.dae'/></Component><AgentNode name='last'/></AgentNode>";
+    const std::function<void()> directly = [] {
+        auto* const component = new VisualModelComponent;
+        component->setFilePath("m.dae");
+        AgentNode* const agent = new AgentNode("m");
+        agent->addComponent(component);
+        EXPECT_EQ(component->initialize(), nullptr);
+    };
+    const std::function<void()> byDocument = [&] { AgentNode::createFromXmlString(document); };
+    const std::function<void()> byPatch = [&] { (new AgentNode("m"))->modifyWithXml(document); };
+    for (const std::string moment : {"made", "attached", "world", "loader"}) {
+        for (const bool withAgent : {false, true}) {
+            for (const auto& load : {directly, byDocument, byPatch}) {
+                SCOPED_TRACE(moment + (withAgent ? " with its agent" : ""));
+                FrailBody::strike = [&](const std::string& now) {
+                    AgentNode* const agent = AgentNode::getAgentNode("m");
+                    if (now != moment || !agent)
+                        return;
+                    if (withAgent)
+                        delete agent;
+                    else
+                        delete agent->getComponent("VisualModelComponent");
+                };
+                load();
+                const Owned agent(AgentNode::getAgentNode("m"));
+                EXPECT_EQ(agent == nullptr, withAgent);
+                if (agent) {
+                    EXPECT_EQ(agent->getComponent("VisualModelComponent"), nullptr);
+                    EXPECT_NE(agent->getChild("b"), nullptr) << "what comes in belongs to the tree";
+                }
+                EXPECT_EQ(BodyDouble::alive + Joint::alive, agent ? 4 : 0);
+            }
+        }
+    }
+    SimObjectDB::instance()->registerFactory(&standard, "RigidBodyComponent");
+    AgentNode::dynamicsWorld = nullptr;
+    EXPECT_EQ(BodyDouble::alive + Joint::alive, 0);
+}
+
+// The fields of a new component are set before it is on an agent, those of an old one while it is.
+TEST(Documents, AnAgentOrAComponentMayGoWhileAFieldIsSet) {
+    struct Field final : AbstractAccessor {
+        std::string getAsString(void*) override { return {}; }
+        void setAsString(void*, const std::string&) override { action(); }
+        void setValue(void*, void*) override {}
+        void getValue(void*, void*) override {}
+        std::function<void()> action;
+    };
+    static Field field;
+    struct Setter : RecordingComponent {
+        AccessorWithObject getAccessor(const std::string&) override { return {&field, this}; }
+    };
+    static SimObjectFactoryFor<Setter> factory;
+    SimObjectDB::instance()->registerFactory(&factory, "Setter");
+    const std::string document = "<AgentNode name='m'><Component class='Setter' name='s'><field name='a'/><field "
+                                 "name='b'/></Component><AgentNode name='last'/></AgentNode>";
+    const int before = RecordingComponent::alive;
+    field.action = [] { delete AgentNode::getAgentNode("m"); };
+    EXPECT_EQ(AgentNode::createFromXmlString(document), nullptr);
+    (new AgentNode("m"))->modifyWithXml(document);
+    auto* const agent = new AgentNode("m");
+    agent->addComponent(new Setter)->setName("s");
+    agent->modifyWithXml(document);
+    EXPECT_EQ(AgentNode::getAgentNode("m"), nullptr);
+    AgentNode other("m");
+    other.addComponent(new Setter)->setName("s");
+    field.action = [&] { delete other.getComponent("s"); };
+    other.modifyWithXml(document);
+    EXPECT_EQ(childNames(other), "last");
+    EXPECT_EQ(RecordingComponent::alive, before);
+}
+
 } // namespace
 } // namespace tessarin::agent

@@ -3,6 +3,7 @@
 #include <agent/VisualModelComponent.h>
 #include <agent/VisualModelComponentModelLoader.h>
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -19,12 +20,15 @@ public:
 
     osg::ref_ptr<osg::Node> loadModel(const std::string& path) override {
         paths.push_back(path);
+        if (whileLoading)
+            whileLoading();
         const auto found = models.find(path);
         return found == models.end() ? nullptr : found->second;
     }
 
     std::map<std::string, osg::ref_ptr<osg::Node>> models;
     std::vector<std::string> paths;
+    std::function<void()> whileLoading;
 };
 
 } // namespace tessarin::doubles
