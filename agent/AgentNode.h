@@ -116,7 +116,7 @@ public:
 
     /// Puts another transform in the place of the agent's, and makes it lead to this agent. The scene graph isn't
     /// touched: hang the transform where it belongs, and the children's transforms and the components' nodes under it.
-    /// Null leaves the agent without one.
+    /// Null leaves the agent without one. A body's pose comes to the new transform with the next AgentEvent::UPDATE.
     void setOsgTransform(osg::ref_ptr<osg::Transform> transform);
 
     /// True if an agent of that name stands among the descendants, as many levels down as the depth says: 1 looks at
@@ -305,6 +305,7 @@ private:
     void releaseAll();
     void viewListsOf(const AgentNode& other);
     void updateRigidBody();
+    void forgetPoses();
     void destroyComponents();
     void destroyChildren();
     void expireHandles();

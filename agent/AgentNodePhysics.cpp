@@ -43,6 +43,12 @@ void AgentNode::magicMoveRecursive(AgentNode* node, const gmtl::Vec<double, 3>& 
         magicMoveRecursive(child, offset);
 }
 
+/// The poses of this agent's bodies went with a transform that it no longer has.
+void AgentNode::forgetPoses() {
+    if (rigidBody)
+        forEachComponent<RigidBodyComponent>(components, [](RigidBodyComponent& holder) { holder.poses.forget(); });
+}
+
 std::set<dynamics::DynamicsBody*> AgentNode::getDynamicsBodies() const {
     std::set<dynamics::DynamicsBody*> bodies;
     collectBodies(bodies);

@@ -137,6 +137,7 @@ void AgentNode::setOsgTransform(osg::ref_ptr<osg::Transform> transform) {
     if (osgTransform != transform) {
         osgTransform = transform;
         ownsTransform = true;
+        forgetPoses();
     }
     if (osgTransform)
         osgTransform->setUserData(new AgentNodeOsgUserData(this));

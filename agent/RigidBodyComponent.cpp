@@ -2,6 +2,7 @@
 
 #include <agent/AgentNode.h>
 #include <agent/SimObjectDB.h>
+#include <dynamics/PoseSource.h>
 
 namespace tessarin::agent {
 
@@ -15,6 +16,10 @@ SimObject* SimObjectFactoryRigidBodyComponent::create() {
     return new RigidBodyComponent;
 }
 
+// It stands in no agent's list, so it carries no poses until it is attached.
+RigidBodyComponent::RigidBodyComponent(const RigidBodyComponent& other)
+    : Component(other), DynamicsUserData(other), body(other.body) {}
+
 RigidBodyComponent::~RigidBodyComponent() = default;
 
 RigidBodyComponent& RigidBodyComponent::operator=(const RigidBodyComponent& other) {
@@ -24,6 +29,10 @@ RigidBodyComponent& RigidBodyComponent::operator=(const RigidBodyComponent& othe
         body.get()->setUserData(nullptr);
     Component::operator=(other);
     body = other.body;
+    if (isOnAgent())
+        followBody();
+    else
+        poses.follow(nullptr);
     return *this;
 }
 
@@ -36,6 +45,11 @@ bool RigidBodyComponent::getSupportedEvents(std::list<AgentEvent::_AgentEventEnu
     return true;
 }
 
+void RigidBodyComponent::setAgentNode(AgentNode* node) {
+    Component::setAgentNode(node);
+    followBody();
+}
+
 void RigidBodyComponent::update() {
     dynamics::DynamicsBody* const active = body.get();
     if (!active || !agentNode || !active->isActive())
@@ -43,6 +57,7 @@ void RigidBodyComponent::update() {
     gmtl::Matrix<double, 4, 4> matrix;
     active->getMatrix(matrix);
     agentNode->setMatrix(matrix);
+    poses.confirm();
 }
 
 void RigidBodyComponent::mousePress() {}
@@ -65,6 +80,12 @@ void RigidBodyComponent::setBody(dynamics::DynamicsBody* newBody) {
     body.reset(newBody);
     if (newBody)
         newBody->setUserData(this);
+    followBody();
+}
+
+/// From here on the agent has none of the body's poses.
+void RigidBodyComponent::followBody() {
+    poses.follow(agentNode ? dynamic_cast<dynamics::PoseSource*>(body.get()) : nullptr);
 }
 
 } // namespace tessarin::agent

@@ -6,13 +6,15 @@
 #include <agent/SimObjectFactory.h>
 #include <dynamics/DynamicsBody.h>
 #include <dynamics/DynamicsUserData.h>
+#include <dynamics/PoseReader.h>
 
 #include <iosfwd>
 
 namespace tessarin::agent {
 
 /// Ties one rigid body of the dynamics world to one agent: it owns the body, and at each AgentEvent::UPDATE copies the
-/// pose of an active body into the agent's local matrix.
+/// pose of an active body into the agent's local matrix. A body that is a dynamics::PoseSource too is told which of its
+/// poses have arrived.
 ///
 /// The body leads and the transform follows. The pose is copied as it is, so the agent's world pose is the body's only
 /// while the transforms above the agent are the identity. What a host writes into the transform of an agent with an
@@ -26,7 +28,7 @@ public:
     RigidBodyComponent() = default;
 
     /// A copy sees the body and doesn't own it; it reads null once the body is deleted.
-    RigidBodyComponent(const RigidBodyComponent&) = default;
+    RigidBodyComponent(const RigidBodyComponent& other);
 
     /// As the copy constructor. A body that was owned isn't deleted: it belongs to the caller and has no user data
     /// any more.
@@ -37,6 +39,7 @@ public:
 
     const char* getClassName() override;
     bool getSupportedEvents(std::list<AgentEvent::_AgentEventEnum>& events) override;
+    void setAgentNode(AgentNode* node) override;
     void update() override;
     void mousePress() override;
     AccessorWithObject getAccessor(const std::string& fieldName) override;
@@ -51,7 +54,12 @@ public:
     void setBody(dynamics::DynamicsBody* newBody);
 
 private:
+    friend class AgentNode;
+
+    void followBody();
+
     OwnedPointer<dynamics::DynamicsBody> body;
+    dynamics::PoseReader poses; // follows the body as long as there is an agent to carry its poses to
 };
 
 /// Makes a RigidBodyComponent for SimObjectDB.

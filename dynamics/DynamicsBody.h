@@ -47,7 +47,8 @@ public:
     /// Turns the body at once. The position stays.
     virtual void setRotation(const gmtl::Quat<double>& rotation) = 0;
 
-    /// True if the pose should be copied to the body's agent at the next update. Asked once per frame and body.
+    /// True if the pose should be copied to the body's agent at the next update. Asked once per frame and component.
+    /// Bodies that lie still can tell whether their pose has arrived if they are a PoseSource too.
     virtual bool isActive() = 0;
 
     /// Announces that the body is about to be moved from outside by setPosition.

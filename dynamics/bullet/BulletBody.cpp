@@ -13,10 +13,6 @@ namespace tessarin::dynamics::bullet {
 
 namespace {
 
-/// For how many steps a body that fell asleep still counts as active, so that its last pose is read although a host may
-/// run several steps a frame.
-constexpr std::uint64_t stepsAfterSleep = 10;
-
 /// Of a round body, against its size: little enough to let it roll, and enough to let it come to rest.
 constexpr double rollingFriction = 0.1;
 
@@ -107,6 +103,7 @@ void BulletBody::setPose(const Affine& pose) {
     body.setInterpolationWorldTransform(place);
     lastPlace = place;
     isPoseUnread = true;
+    poseChanged();
     core->updatePlace(body);
 }
 
@@ -156,13 +153,8 @@ void BulletBody::setRotation(const gmtl::Quat<double>& rotation) {
 }
 
 bool BulletBody::isActive() {
-    if (isPoseUnread) {
-        return true;
-    }
-    if (body.isStaticObject()) {
-        return false;
-    }
-    return body.isActive() || (lastMovedStep > 0 && core->getStepCount() - lastMovedStep < stepsAfterSleep);
+    const bool isDue = hasPoseReaders() ? isPoseDue() : isPoseUnread;
+    return isDue || (!body.isStaticObject() && body.isActive());
 }
 
 void BulletBody::prepareMove() {
@@ -208,9 +200,10 @@ void BulletBody::countMassIn(double unit) {
 void BulletBody::onStepped() {
     if (isFinite(body.getWorldTransform()) && bullet::isFinite(fromBullet(body.getLinearVelocity())) &&
         bullet::isFinite(fromBullet(body.getAngularVelocity()))) {
-        if (body.isActive()) {
+        // Asked of the place itself: a body may have moved and fallen asleep within one step.
+        if (!(body.getWorldTransform() == lastPlace)) {
             lastPlace = body.getWorldTransform();
-            lastMovedStep = core->getStepCount();
+            poseChanged();
         }
         return;
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <dynamics/DynamicsBody.h>
+#include <dynamics/PoseSource.h>
 #include <dynamics/bullet/BodyShape.h>
 #include <dynamics/bullet/BulletBodyControl.h>
 #include <dynamics/bullet/ColladaPhysics.h>
@@ -21,9 +22,9 @@ class WorldCore;
 /// A rigid body in the engine.
 ///
 /// The pose that it shows is that of its node; the engine has the body at its centre of mass, and the body converts
-/// between the two. It is active while the engine has it awake and for a few steps after, and until a pose given to it
-/// from outside has been read.
-class BulletBody : public DynamicsBody, public BulletBodyControl {
+/// between the two. It is active while the engine has it awake, and until all who follow its poses have the present
+/// one. Where nobody follows, a pose given to it from outside counts as taken over when it is read.
+class BulletBody : public DynamicsBody, public BulletBodyControl, public PoseSource {
 public:
     /// @param shape with at least one part.
     /// @param pose rigid.
@@ -100,7 +101,6 @@ private:
     btTransform lastPlace;
     bool isPoseUnread = true;
     bool hasBeenStopped = false;
-    std::uint64_t lastMovedStep = 0;
 };
 
 } // namespace tessarin::dynamics::bullet

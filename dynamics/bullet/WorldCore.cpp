@@ -96,7 +96,6 @@ void WorldCore::runFixedStep() {
         contacts.gather(dispatcher, massUnit.get());
     }
     contacts.join();
-    ++stepCount;
     watchBodies();
 }
 

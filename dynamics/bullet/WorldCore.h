@@ -7,7 +7,6 @@
 
 #include <btBulletDynamicsCommon.h>
 
-#include <cstdint>
 #include <vector>
 
 namespace tessarin::dynamics::bullet {
@@ -65,9 +64,6 @@ public:
 
     ContactList& getContacts() { return contacts; }
 
-    /// How many fixed steps have been run.
-    std::uint64_t getStepCount() const { return stepCount; }
-
 private:
     void runFixedStep();
     int countSubsteps() const;
@@ -91,7 +87,6 @@ private:
 
     /// Of the bodies that were awake in the last step or came since; 0 if there are none.
     double smallestSize = 0;
-    std::uint64_t stepCount = 0;
 };
 
 } // namespace tessarin::dynamics::bullet
