@@ -52,6 +52,8 @@ BulletBody::BulletBody(std::shared_ptr<WorldCore> worldCore, std::string bodyNam
       material(bodyMaterial), shape(std::move(bodyShape)), massFrameInverse(rigidInverse(shape.massFrame)),
       body(describe(shape, material, pose, core->getMassUnit())), lastPlace(body.getWorldTransform()) {
     body.setUserPointer(this);
+    // EngineWorld turns bodies itself.
+    body.setFlags(body.getFlags() & ~BT_ENABLE_GYROSCOPIC_FORCE_IMPLICIT_BODY);
     if (shape.mass > 0) {
         // A body that moves by more than its own size in one step is swept, so that it can't pass through a surface.
         body.setCcdMotionThreshold(static_cast<btScalar>(shape.size));

@@ -53,7 +53,14 @@ void EngineWorld::removeConstraint(btTypedConstraint* constraint) {
 
 void EngineWorld::solveConstraints(btContactSolverInfo& info) {
     setFrictions(info);
+    spins.prepare(m_nonStaticRigidBodies, static_cast<double>(info.m_timeStep));
     btDiscreteDynamicsWorld::solveConstraints(info);
+}
+
+void EngineWorld::integrateTransforms(btScalar seconds) {
+    spins.noteStarts();
+    btDiscreteDynamicsWorld::integrateTransforms(seconds);
+    spins.finish(static_cast<double>(seconds));
 }
 
 void EngineWorld::setFrictions(const btContactSolverInfo& info) {

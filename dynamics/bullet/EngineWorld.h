@@ -1,11 +1,13 @@
 #pragma once
 
+#include <dynamics/bullet/BodySpins.h>
+
 #include <btBulletDynamicsCommon.h>
 
 namespace tessarin::dynamics::bullet {
 
-/// The engine's world with what it lacks: a friction that differs between sliding and sticking, and constraints that
-/// are taken out in no time.
+/// The engine's world with what it lacks: a friction that differs between sliding and sticking, bodies that tumble
+/// without losing energy, and constraints that are taken out in no time.
 class EngineWorld : public btDiscreteDynamicsWorld {
 public:
     using btDiscreteDynamicsWorld::btDiscreteDynamicsWorld;
@@ -15,9 +17,12 @@ public:
 
 protected:
     void solveConstraints(btContactSolverInfo& info) override;
+    void integrateTransforms(btScalar seconds) override;
 
 private:
     void setFrictions(const btContactSolverInfo& info);
+
+    BodySpins spins;
 };
 
 } // namespace tessarin::dynamics::bullet

@@ -97,8 +97,8 @@ JointCore::JointCore(std::shared_ptr<WorldCore> worldCore, const collada::Constr
     : core(std::move(worldCore)), first(firstSide.body), second(secondSide.body), enabled(description.enabled) {
     btRigidBody& a = engineBody(first, *core);
     btRigidBody& b = engineBody(second, *core);
-    constraint = std::make_unique<btGeneric6DofSpring2Constraint>(a, b, frameInBody(firstSide), frameInBody(secondSide),
-                                                                  orderFor(description.angular));
+    constraint = std::make_unique<JointConstraint>(a, b, frameInBody(firstSide), frameInBody(secondSide),
+                                                   orderFor(description.angular));
     constraint->setOverrideNumSolverIterations(solverIterations);
     setLimits(description);
     setSprings(description);

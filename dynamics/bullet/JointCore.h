@@ -3,6 +3,7 @@
 #include <dynamics/bullet/Affine.h>
 #include <dynamics/bullet/BulletJoint.h>
 #include <dynamics/bullet/ColladaPhysics.h>
+#include <dynamics/bullet/JointConstraint.h>
 
 #include <btBulletDynamicsCommon.h>
 
@@ -91,7 +92,7 @@ private:
     const std::shared_ptr<WorldCore> core;
     BulletBody* first;
     BulletBody* second;
-    std::unique_ptr<btGeneric6DofSpring2Constraint> constraint;
+    std::unique_ptr<JointConstraint> constraint;
     std::array<JointLimits, 6> limits;
     std::array<Motor, 6> motors;
     std::vector<AxisSpring> springs;

@@ -27,6 +27,10 @@ constexpr double substepPart = 0.0375;
 constexpr double longestSubstep = 1.0 / 120;
 constexpr double shortestSubstep = 1.0 / 240;
 
+/// Radians. A joint follows a body that turns by no more than about that in a substep.
+constexpr double longestTurn = 1.5;
+constexpr double mostSubstepsForTurns = 32;
+
 /// Parts of a fixed step that are lost to rounding when times are added up.
 constexpr double timeRounding = 1e-6;
 
@@ -103,7 +107,21 @@ int WorldCore::countSubsteps() const {
     const double pull = length(gravity);
     const double wanted = pull > 0 && smallestSize > 0 ? fixedStep / (substepPart * std::sqrt(smallestSize / pull)) : 0;
     const double count = std::clamp(wanted, fixedStep / longestSubstep, fixedStep / shortestSubstep);
-    return static_cast<int>(std::ceil(count - timeRounding));
+    const double forTurns = std::min(fastestTurnOnJoint() * fixedStep / longestTurn, mostSubstepsForTurns);
+    return static_cast<int>(std::ceil(std::max(count, forTurns) - timeRounding));
+}
+
+double WorldCore::fastestTurnOnJoint() const {
+    btScalar square = 0;
+    for (int i = 0; i < world.getNumConstraints(); ++i) {
+        const btTypedConstraint& joint = *world.getConstraint(i);
+        for (const btRigidBody* body : {&joint.getRigidBodyA(), &joint.getRigidBodyB()}) {
+            if (body->isActive()) {
+                square = std::max(square, body->getAngularVelocity().length2());
+            }
+        }
+    }
+    return std::sqrt(static_cast<double>(square));
 }
 
 void WorldCore::watchBodies() {

@@ -67,6 +67,9 @@ public:
 private:
     void runFixedStep();
     int countSubsteps() const;
+
+    /// Radians per second.
+    double fastestTurnOnJoint() const;
     void watchBodies();
     void noteSize(double size);
 

@@ -1,0 +1,33 @@
+#include <dynamics/bullet/JointConstraint.h>
+
+namespace tessarin::dynamics::bullet {
+
+void JointConstraint::getInfo1(btConstraintInfo1* info) {
+    btGeneric6DofSpring2Constraint::getInfo1(info);
+    rowCount = info->m_numConstraintRows;
+}
+
+void JointConstraint::getInfo2(btConstraintInfo2* info) {
+    btGeneric6DofSpring2Constraint::getInfo2(info);
+    // The axes are the first body's and turn with it. So at the second frame's origin, and nowhere else, the velocity
+    // of one body against the other along an axis is that at which the coordinate along the axis changes.
+    const btVector3& point = getCalculatedTransformB().getOrigin();
+    const btVector3 armA = point - m_rbA.getCenterOfMassPosition();
+    const btVector3 armB = point - m_rbB.getCenterOfMassPosition();
+    for (int row = 0; row < rowCount; ++row) {
+        const int begin = row * info->rowskip;
+        const btScalar* linear = info->m_J1linearAxis + begin;
+        const btVector3 axis(linear[0], linear[1], linear[2]);
+        if (axis.isZero()) {
+            continue; // about an axis
+        }
+        const btVector3 turnA = armA.cross(axis);
+        const btVector3 turnB = armB.cross(-axis);
+        for (int i = 0; i < 3; ++i) {
+            info->m_J1angularAxis[begin + i] = turnA[i];
+            info->m_J2angularAxis[begin + i] = turnB[i];
+        }
+    }
+}
+
+} // namespace tessarin::dynamics::bullet
