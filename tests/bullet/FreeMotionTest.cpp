@@ -1,12 +1,9 @@
 // Bodies in space, where nothing but their joints acts on them: what mechanics keeps is kept.
 
-#include <tests/bullet/JointScene.h>
-
-#include <dynamics/bullet/BulletBodyControl.h>
+#include <tests/bullet/Solid.h>
 
 #include <gtest/gtest.h>
 #include <osg/Quat>
-#include <osg/Vec3d>
 
 #include <algorithm>
 #include <random>
@@ -20,25 +17,6 @@ namespace tessarin::dynamics::bullet {
 namespace {
 
 using osg::Vec3d;
-
-std::string textOf(const Vec3d& v) {
-    return std::to_string(v.x()) + " " + std::to_string(v.y()) + " " + std::to_string(v.z());
-}
-
-Vec3d vectorOf(const gmtl::Vec<double, 3>& v) {
-    return {v[0], v[1], v[2]};
-}
-
-Vec3d unit(int axis) {
-    Vec3d result;
-    result[axis] = 1;
-    return result;
-}
-
-/// @param velocity in radians per second.
-std::string turning(const Vec3d& velocity) {
-    return "<angular_velocity>" + textOf(velocity * (180 / pi)) + "</angular_velocity>";
-}
 
 /// How far the second side of a joint is off the first one along the axes that are locked.
 double offAxes(const BulletJoint& joint) {
@@ -55,64 +33,6 @@ double offAxes(const BulletJoint& joint) {
     }
     return most;
 }
-
-/// A small body with given moments about the axes of a mass frame.
-struct Solid {
-    std::string name;
-    double mass = 1;
-    Vec3d moments = {1, 1, 1};
-    Vec3d centre = {};
-    Vec3d axis = {1, 0, 0}; // about which the mass frame is turned
-    double degrees = 0;
-    double radius = 0.05;
-
-    void addTo(ColladaScene& scene, const std::string& transforms, const std::string& motion) const {
-        scene.add(name, transforms,
-                  "<mass>" + std::to_string(mass) + "</mass><inertia>" + textOf(moments) + "</inertia><mass_frame>" +
-                      "<translate>" + textOf(centre) + "</translate><rotate>" + textOf(axis) + " " +
-                      std::to_string(degrees) + "</rotate></mass_frame>" + ball(radius),
-                  motion);
-    }
-
-    BulletBodyControl& in(const LoadedWorld& loaded) const {
-        return dynamic_cast<BulletBodyControl&>(loaded.body(name));
-    }
-
-    /// A principal axis in the world.
-    Vec3d axisIn(const LoadedWorld& loaded, int index) const {
-        const Vec3d inNode = osg::Quat(degrees * pi / 180, axis) * unit(index);
-        const Pose pose = loaded.pose(name);
-        Vec3d result;
-        for (unsigned row = 0; row < 3; ++row) {
-            result[static_cast<int>(row)] =
-                pose(row, 0) * inNode.x() + pose(row, 1) * inNode.y() + pose(row, 2) * inNode.z();
-        }
-        return result;
-    }
-};
-
-/// The motion of all bodies together.
-struct Motion {
-    double energy = 0; // of motion
-    Vec3d momentum;
-    Vec3d angular; // about the origin of the world
-
-    Motion(const LoadedWorld& loaded, const std::vector<Solid>& solids) {
-        for (const Solid& solid : solids) {
-            const BulletBodyControl& control = solid.in(loaded);
-            const Vec3d velocity = vectorOf(control.getLinearVelocity());
-            const Vec3d turning = vectorOf(control.getAngularVelocity());
-            momentum += velocity * solid.mass;
-            energy += velocity.length2() * solid.mass / 2;
-            angular += vectorOf(control.getCentreOfMass()) ^ velocity * solid.mass;
-            for (int i = 0; i < 3; ++i) {
-                const Vec3d along = solid.axisIn(loaded, i);
-                energy += solid.moments[i] * std::pow(along * turning, 2) / 2;
-                angular += along * (solid.moments[i] * (along * turning));
-            }
-        }
-    }
-};
 
 /// How a body turns that nothing acts on: Euler's equations, by the method of Runge and Kutta in small steps.
 class EulersTop {
