@@ -5,18 +5,6 @@
 
 namespace tessarin::dynamics::bullet {
 
-Vector3 operator+(const Vector3& a, const Vector3& b) {
-    return {a[0] + b[0], a[1] + b[1], a[2] + b[2]};
-}
-
-Vector3 operator-(const Vector3& a, const Vector3& b) {
-    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
-}
-
-Vector3 operator*(const Vector3& a, double factor) {
-    return {a[0] * factor, a[1] * factor, a[2] * factor};
-}
-
 Vector3 operator*(const Matrix3& a, const Vector3& b) {
     return {dot(a[0], b), dot(a[1], b), dot(a[2], b)};
 }
@@ -40,14 +28,6 @@ Affine operator*(const Affine& a, const Affine& b) {
 
 Vector3 transformPoint(const Affine& a, const Vector3& point) {
     return a.linear * point + a.translation;
-}
-
-double dot(const Vector3& a, const Vector3& b) {
-    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
-}
-
-Vector3 cross(const Vector3& a, const Vector3& b) {
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
 double length(const Vector3& a) {

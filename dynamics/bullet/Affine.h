@@ -19,9 +19,27 @@ struct Affine {
     Vector3 translation = {0, 0, 0};
 };
 
-Vector3 operator+(const Vector3& a, const Vector3& b);
-Vector3 operator-(const Vector3& a, const Vector3& b);
-Vector3 operator*(const Vector3& a, double factor);
+// Bodies that tumble take some hundreds of these in a step.
+inline Vector3 operator+(const Vector3& a, const Vector3& b) {
+    return {a[0] + b[0], a[1] + b[1], a[2] + b[2]};
+}
+
+inline Vector3 operator-(const Vector3& a, const Vector3& b) {
+    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+}
+
+inline Vector3 operator*(const Vector3& a, double factor) {
+    return {a[0] * factor, a[1] * factor, a[2] * factor};
+}
+
+inline double dot(const Vector3& a, const Vector3& b) {
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+
+inline Vector3 cross(const Vector3& a, const Vector3& b) {
+    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
+
 Vector3 operator*(const Matrix3& a, const Vector3& b);
 Matrix3 operator*(const Matrix3& a, const Matrix3& b);
 Matrix3 operator+(const Matrix3& a, const Matrix3& b);
@@ -29,8 +47,6 @@ Matrix3 operator*(const Matrix3& a, double factor);
 Affine operator*(const Affine& a, const Affine& b);
 Vector3 transformPoint(const Affine& a, const Vector3& point);
 
-double dot(const Vector3& a, const Vector3& b);
-Vector3 cross(const Vector3& a, const Vector3& b);
 double length(const Vector3& a);
 
 /// The zero vector stays what it is.

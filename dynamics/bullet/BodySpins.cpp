@@ -13,7 +13,7 @@ namespace {
 /// Radians in one step. Below the first the velocity hardly changes. By the second and more the engine doesn't turn a
 /// body whatever its velocity. Above the third one can't tell the way round by where a body has come to. Beyond the
 /// last one the equations are not worth their cost.
-constexpr double slowestTurn = 1e-6;
+constexpr double slowestTurn = 1e-5;
 constexpr double longestOfEngine = 0.7;
 constexpr double longestSteady = 2.5;
 constexpr double longestTurn = 100;

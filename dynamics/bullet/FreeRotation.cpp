@@ -16,45 +16,28 @@ Quaternion sum(const Quaternion& a, const Quaternion& b, double factor) {
 }
 
 /// Seen from the turning axes the momentum turns back, so that it stays what it is in the world.
-Quaternion rateOf(const Quaternion& turned, const Vector3& momentum, const Vector3& moments) {
-    const Vector3 velocity = turningVelocity(rotated(conjugate(turned), momentum), moments);
-    return turned * Quaternion{velocity * 0.5, 0};
+/// @param half of the inverse moments.
+Quaternion rateOf(const Quaternion& turned, const Vector3& momentum, const Vector3& half) {
+    const Vector3 seen = rotated(conjugate(turned), momentum);
+    return turned * Quaternion{{seen[0] * half[0], seen[1] * half[1], seen[2] * half[2]}, 0};
 }
 
 } // namespace
-
-Quaternion operator*(const Quaternion& a, const Quaternion& b) {
-    return {cross(a.vector, b.vector) + b.vector * a.scalar + a.vector * b.scalar,
-            a.scalar * b.scalar - dot(a.vector, b.vector)};
-}
-
-Quaternion conjugate(const Quaternion& a) {
-    return {a.vector * -1, a.scalar};
-}
 
 Quaternion normalized(const Quaternion& a) {
     const double size = std::sqrt(dot(a.vector, a.vector) + a.scalar * a.scalar);
     return {a.vector * (1 / size), a.scalar / size};
 }
 
-Vector3 rotated(const Quaternion& rotation, const Vector3& vector) {
-    const Vector3 twice = cross(rotation.vector, vector) * 2;
-    return vector + twice * rotation.scalar + cross(rotation.vector, twice);
-}
-
 Quaternion fromVector(const Vector3& rotation) {
-    const double half = length(rotation) / 2;
+    const double half = std::sqrt(dot(rotation, rotation)) / 2;
     return {rotation * (half > 0 ? std::sin(half) / (2 * half) : 0.5), std::cos(half)};
 }
 
 Vector3 toVector(const Quaternion& rotation) {
-    const double sine = length(rotation.vector);
+    const double sine = std::sqrt(dot(rotation.vector, rotation.vector));
     const double half = std::atan2(sine, std::abs(rotation.scalar));
     return rotation.vector * std::copysign(sine > 0 ? 2 * half / sine : 2, rotation.scalar);
-}
-
-Vector3 turningVelocity(const Vector3& momentum, const Vector3& moments) {
-    return {momentum[0] / moments[0], momentum[1] / moments[1], momentum[2] / moments[2]};
 }
 
 double rotationRate(const Vector3& velocity, const Vector3& moments) {
@@ -64,20 +47,21 @@ double rotationRate(const Vector3& velocity, const Vector3& moments) {
     }
     const double fastest =
         std::max({coupling[0] * coupling[1], coupling[1] * coupling[2], coupling[2] * coupling[0], 1.0});
-    return length(velocity) * std::sqrt(fastest);
+    return std::sqrt(dot(velocity, velocity) * fastest);
 }
 
 Quaternion freeRotation(const Vector3& momentum, const Vector3& moments, double seconds) {
     const double angle = seconds * rotationRate(turningVelocity(momentum, moments), moments);
     const double count = std::max(std::ceil(angle / longestStep), 1.0);
     const double step = seconds / count;
+    const Vector3 half = {0.5 / moments[0], 0.5 / moments[1], 0.5 / moments[2]};
     Quaternion turned;
     // The classic method of Runge and Kutta, of the fourth order.
     for (double i = 0; i < count; ++i) {
-        const Quaternion a = rateOf(turned, momentum, moments);
-        const Quaternion b = rateOf(normalized(sum(turned, a, step / 2)), momentum, moments);
-        const Quaternion c = rateOf(normalized(sum(turned, b, step / 2)), momentum, moments);
-        const Quaternion d = rateOf(normalized(sum(turned, c, step)), momentum, moments);
+        const Quaternion a = rateOf(turned, momentum, half);
+        const Quaternion b = rateOf(sum(turned, a, step / 2), momentum, half);
+        const Quaternion c = rateOf(sum(turned, b, step / 2), momentum, half);
+        const Quaternion d = rateOf(sum(turned, c, step), momentum, half);
         turned = normalized(sum(turned, sum(sum(a, d, 1), sum(b, c, 1), 2), step / 6));
     }
     return turned;

@@ -15,17 +15,30 @@ struct Quaternion {
     double scalar = 1;
 };
 
-Quaternion operator*(const Quaternion& a, const Quaternion& b);
-Quaternion conjugate(const Quaternion& a);
+inline Quaternion operator*(const Quaternion& a, const Quaternion& b) {
+    return {cross(a.vector, b.vector) + b.vector * a.scalar + a.vector * b.scalar,
+            a.scalar * b.scalar - dot(a.vector, b.vector)};
+}
+
+inline Quaternion conjugate(const Quaternion& a) {
+    return {a.vector * -1, a.scalar};
+}
+
+inline Vector3 rotated(const Quaternion& rotation, const Vector3& vector) {
+    const Vector3 twice = cross(rotation.vector, vector) * 2;
+    return vector + twice * rotation.scalar + cross(rotation.vector, twice);
+}
+
 Quaternion normalized(const Quaternion& a);
-Vector3 rotated(const Quaternion& rotation, const Vector3& vector);
 
 /// Along the axis, as long as the angle in radians, which is at most pi in the result of toVector.
 Quaternion fromVector(const Vector3& rotation);
 Vector3 toVector(const Quaternion& rotation);
 
-/// Of a body's moments about its principal axes.
-Vector3 turningVelocity(const Vector3& momentum, const Vector3& moments);
+/// About the principal axes.
+inline Vector3 turningVelocity(const Vector3& momentum, const Vector3& moments) {
+    return {momentum[0] / moments[0], momentum[1] / moments[1], momentum[2] / moments[2]};
+}
 
 /// How fast a body's velocities change against its axes, or its axes turn, at most; per second.
 double rotationRate(const Vector3& velocity, const Vector3& moments);
