@@ -56,12 +56,12 @@ Quaternion freeRotation(const Vector3& momentum, const Vector3& moments, double 
     const double step = seconds / count;
     const Vector3 half = {0.5 / moments[0], 0.5 / moments[1], 0.5 / moments[2]};
     Quaternion turned;
-    // The classic method of Runge and Kutta, of the fourth order.
+    // The classic method of Runge and Kutta, of the fourth order. With stages off the unit sphere it is less precise.
     for (double i = 0; i < count; ++i) {
         const Quaternion a = rateOf(turned, momentum, half);
-        const Quaternion b = rateOf(sum(turned, a, step / 2), momentum, half);
-        const Quaternion c = rateOf(sum(turned, b, step / 2), momentum, half);
-        const Quaternion d = rateOf(sum(turned, c, step), momentum, half);
+        const Quaternion b = rateOf(normalized(sum(turned, a, step / 2)), momentum, half);
+        const Quaternion c = rateOf(normalized(sum(turned, b, step / 2)), momentum, half);
+        const Quaternion d = rateOf(normalized(sum(turned, c, step)), momentum, half);
         turned = normalized(sum(turned, sum(sum(a, d, 1), sum(b, c, 1), 2), step / 6));
     }
     return turned;
