@@ -99,9 +99,11 @@ osg::ref_ptr<osg::Node> separateBodies(osg::Node& model, const std::set<std::str
         bodies.push_back({path.back(), osg::computeLocalToWorld(path)});
         names.insert(path.back()->getName());
     }
-    for (const Body& body : bodies)
+    for (const Body& body : bodies) {
+        body.node->setUpdateCallback(nullptr); // an animation would put it back to where the file has it
         for (osg::Group* parent : osg::Node::ParentList(body.node->getParents()))
             parent->removeChild(body.node);
+    }
 
     const osg::ref_ptr<osg::Switch> store = new osg::Switch;
     store->setName(storeName);

@@ -23,6 +23,7 @@ struct Mesh {
 };
 
 struct Box {
+    /// Up to two of them may be zero.
     Vector3 halfExtents;
 };
 
@@ -30,7 +31,7 @@ struct Sphere {
     double radius;
 };
 
-/// Along Y, with one radius along X and one along Z; from end to end it measures height.
+/// Along Y, with one radius along X and one along Z; from end to end it measures height, which may be zero.
 struct Cylinder {
     std::array<double, 2> radius;
     double height;

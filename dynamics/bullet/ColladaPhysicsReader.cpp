@@ -1,5 +1,6 @@
 #include <dynamics/bullet/ColladaPhysicsReader.h>
 
+#include <dynamics/bullet/ColladaAnimations.h>
 #include <dynamics/bullet/ColladaMaterials.h>
 #include <dynamics/bullet/ColladaNumbers.h>
 #include <dynamics/bullet/ColladaShapes.h>
@@ -36,6 +37,11 @@ PhysicsReader::PhysicsReader(const Document& file, const Element& rootElement)
       constraints(file, models, nodes) {}
 
 Physics PhysicsReader::read() {
+    const Element* upAxis = childOf(childOf(&root, "asset"), "up_axis");
+    if (upAxis && trimmed(upAxis->text) == "X_UP") {
+        document.complain(*upAxis,
+                          "OpenSceneGraph turns X_UP so that +X points down: picture and physics come in upside down");
+    }
     std::set<const Element*> read;
     for (const Element* scene : childrenOf(&root, "scene")) {
         for (const Element* instance : childrenOf(scene, "instance_physics_scene")) {
@@ -48,6 +54,7 @@ Physics PhysicsReader::read() {
         }
     }
     physics.constraints = constraints.resolve();
+    complainOfAnimations(document, root, bodyNodes);
     return std::move(physics);
 }
 
@@ -200,6 +207,7 @@ void PhysicsReader::readBodyInstance(const Element& instance, const Scope& scope
     readProperties(overrides, result.body);
     readMotion(overrides, result);
     constraints.addBody(found.scope, body, *node, physics.bodies.size());
+    bodyNodes.insert(node);
     physics.bodies.push_back(std::move(result));
 }
 

@@ -59,6 +59,7 @@ private:
     Models models;
     Constraints constraints;
     std::set<const Element*> openModels;
+    std::set<const Element*> bodyNodes;
     int modelInstances = 0;
     Physics physics;
 };

@@ -48,7 +48,20 @@ bool readRadius(const Element& shape, std::array<double, 2>& radius, const char*
 
 std::optional<Geometry> readBox(const Element& element) {
     Box box{};
-    return readSizes(element, "half_extents", box.halfExtents) ? std::optional<Geometry>(box) : std::nullopt;
+    const Element* child = childOf(&element, "half_extents");
+    if (!child || !readNumbers(child->text, box.halfExtents)) {
+        return std::nullopt;
+    }
+    bool hasSize = false;
+    for (double& half : box.halfExtents) {
+        // Without thickness it can still be a floor.
+        half = half >= 0 && half <= 1e-7 ? 0 : half;
+        if (half != 0 && !isSize(half)) {
+            return std::nullopt;
+        }
+        hasSize = hasSize || half != 0;
+    }
+    return hasSize ? std::optional<Geometry>(box) : std::nullopt;
 }
 
 std::optional<Geometry> readSphere(const Element& element) {
@@ -59,7 +72,9 @@ std::optional<Geometry> readSphere(const Element& element) {
 std::optional<Geometry> readCylinder(const Element& element) {
     Cylinder cylinder{};
     std::array<double, 1> height{};
-    if (!readRadius(element, cylinder.radius) || !readSizes(element, "height", height)) {
+    const Element* child = childOf(&element, "height");
+    const bool isDisc = child && readNumbers(child->text, height) && height[0] == 0;
+    if (!readRadius(element, cylinder.radius) || !(isDisc || readSizes(element, "height", height))) {
         return std::nullopt;
     }
     cylinder.height = height[0];

@@ -18,6 +18,10 @@ using logging::Logger;
 /// How far a surface that stays where it is may reach. The square of a distance has to fit single precision.
 constexpr double farthestReach = 1e15;
 
+/// What stands in for no thickness at all, against how far the shape reaches: no more than a person would overlook, and
+/// enough to tell one side from the other.
+constexpr double plateThickness = 1e-5;
+
 /// What single precision can hold of a body, its inertia included.
 bool isUsableSize(double size) {
     return size > 1e-7 && size < 1e9;
@@ -67,7 +71,15 @@ public:
         : map(mapToBody), dynamic(bodyIsDynamic), report(reporter) {}
 
     std::optional<SolidPiece> operator()(const collada::Box& box) const {
-        return makeAnalytic(box, boxMass(box.halfExtents), map, false);
+        Vector3 half = box.halfExtents;
+        const auto [least, most] = std::minmax({half[0], half[1], half[2]});
+        if (least == 0 && !canBeFlat()) {
+            return std::nullopt;
+        }
+        for (double& each : half) {
+            each = each == 0 ? plateThickness * most : each;
+        }
+        return makeAnalytic(collada::Box{half}, boxMass(half), map, false);
     }
 
     std::optional<SolidPiece> operator()(const collada::Sphere& sphere) const {
@@ -76,7 +88,11 @@ public:
 
     std::optional<SolidPiece> operator()(const collada::Cylinder& cylinder) const {
         const double radius = cylinder.radius[0];
-        return makeAnalytic(collada::Cylinder{{radius, radius}, cylinder.height}, cylinderMass(radius, cylinder.height),
+        if (cylinder.height == 0 && !canBeFlat()) {
+            return std::nullopt;
+        }
+        const double height = cylinder.height == 0 ? 2 * plateThickness * radius : cylinder.height;
+        return makeAnalytic(collada::Cylinder{{radius, radius}, height}, cylinderMass(radius, height),
                             roundedMap(cylinder.radius), true);
     }
 
@@ -137,6 +153,13 @@ public:
     }
 
 private:
+    /// Whether the body may have a shape without thickness, which is reported either way.
+    bool canBeFlat() const {
+        report(Logger::errorLevel, dynamic ? "a shape without thickness can't move, it is left out"
+                                           : "a shape has no thickness, it is taken for a thin plate");
+        return !dynamic;
+    }
+
     /// With two radii, the round shape of the first one is stretched along Z.
     Affine roundedMap(const std::array<double, 2>& radius) const {
         return {map.linear * diagonal({1, 1, radius[1] / radius[0]}), map.translation};

@@ -44,7 +44,10 @@ TEST(Failures, OneLineForEachBodyAndTheRestComesIn) {
     const std::tuple<std::string, const char*, bool> faults[] = {
         {"", "no shape", false},
         {shape("<torus/>"), "torus", false},
-        {box("1 0 1"), "half_extents", false},
+        {box("1 0 1"), "thickness can't move", false},
+        {box("1 -1 1"), "half_extents", false},
+        {fixed + box("0 0 0"), "half_extents", false},
+        {box("0 2 0", "<translate>0 5 0</translate>") + ball(), "thickness", true},
         {box("1 NaN 1"), "half_extents", false},
         {ball(-1), "radius", false},
         {ball(1e30), "radius", false},
@@ -110,6 +113,41 @@ TEST(Failures, BrokenReferencesCostWhatTheyName) {
         std::string text = scene.add("faulty", "", ball(), "<velocity>0 0 0</velocity>").text();
         LoadedWorld().load(text.replace(text.find(from), std::string(from).size(), to));
         EXPECT_THAT(log.takeErrors(), ElementsAre(AllOf(HasSubstr(".dae"), HasSubstr(message))));
+    }
+}
+
+TEST(Failures, WhatOpenSceneGraphTurnsUpsideDownAndAnimationsWithoutEffectAreSaid) {
+    const auto animation = [](const std::vector<const char*>& targets) {
+        std::string text = "<library_animations><animation>";
+        for (const char* const target : targets) {
+            text += "<animation><channel source='#s' target='" + std::string(target) + "'/></animation>";
+        }
+        return text + "</animation></library_animations>";
+    };
+    const std::tuple<std::string, std::vector<std::string>> cases[] = {
+        {animation({"ball/place.X", "free/place.Z", "ball/child/place", "camera(0)(1)", "", "./x"}),
+         {"<channel target=\"ball/place.X\">: its node goes where its body goes, the animation is left out"}},
+        {animation(
+             {"free/place", "model/ball/mass", "ball.body/technique_common/dynamic", "p/gravity(1)", "p.gravity"}),
+         {"\"model/ball/mass\">: animations of physics have no effect, this one is left out, the first of 4"}},
+        {animation({"ball", "sid/mass", "ball(0)"}), {"\"sid/mass\">", "\"ball\">: its node"}},
+    };
+    doubles::LogCapture log("dynamics");
+    for (const auto& [animations, messages] : cases) {
+        ColladaScene scene =
+            ColladaScene().add("ball", "<translate sid='place'>0 0 0</translate><node sid='child'/>", ball());
+        scene.nodes += "<node id='free'/>";
+        scene.bodies += "<rigid_body id='ball.body' sid='sid'/>";
+        scene.geometries = "</library_geometries>" + animations + "<library_geometries>";
+        EXPECT_EQ(LoadedWorld(scene).bodies.size(), 1U);
+        std::vector<testing::Matcher<std::string>> expected;
+        for (const std::string& message : messages) {
+            expected.push_back(AllOf(HasSubstr(".dae: "), HasSubstr(message)));
+        }
+        EXPECT_THAT(log.takeErrors(), testing::ElementsAreArray(expected));
+        scene.upAxis = "<up_axis> X_UP </up_axis>";
+        LoadedWorld turned(scene);
+        EXPECT_THAT(log.takeErrors(), testing::Contains(HasSubstr("<up_axis>: OpenSceneGraph turns X_UP")));
     }
 }
 

@@ -98,6 +98,10 @@ TEST(Rest, EveryKindOfFloorCarries) {
         {wide, mesh("triangles"), 1},
         {wide, mesh("hull"), 1},
         {"<scale>1 1 3</scale>", shape("<plane><equation>0 0 2 -4</equation></plane>"), 6},
+        {"", box("10 10 0"), 0},
+        {"<rotate>1 1 0 180</rotate>", box("100 50 1e-9"), 0},
+        {"<rotate>0 1 0 -90</rotate><scale>1 2 2</scale>", box("0 5 5"), 0},
+        {upright, shape("<cylinder><radius>9 5</radius><height>0</height></cylinder>"), 0},
         {"<translate>0 0 5</translate><rotate>1 0 0 90</rotate>",
          shape("<plane><equation>0 1 0 0</equation></plane>") + box("1 0.5 1", "<translate>9 0 0</translate>"), 5},
     };

@@ -7,6 +7,7 @@
 #include <osg/LightSource>
 #include <osg/Transform>
 #include <osgDB/ReadFile>
+#include <osgUtil/UpdateVisitor>
 
 #include <array>
 #include <tuple>
@@ -106,14 +107,27 @@ TEST_F(ModelLoaderTest, AModelWithoutBodiesIsShownWholeButForItsLights) {
 }
 
 TEST_F(ModelLoaderTest, NothingIsMissingOrTwiceHoweverAFileNamesItsBodies) {
-    const std::string whole = colladaText(
-        "Z_UP",
-        "<node id='one'><instance_geometry url='#cube'/></node>"
-        "<node id='two'><translate>5 0 0</translate><scale>1 2 1</scale><instance_geometry url='#cube'/></node>"
-        "<node sid='nameless'><translate>9 0 0</translate><instance_geometry url='#cube'/></node>",
-        bodyText("a", box) + bodyText("b", box), instanceText("a", "one") + instanceText("b", "two"));
+    const std::string whole =
+        colladaText("Z_UP",
+                    "<node id='one'><instance_geometry url='#cube'/></node>"
+                    "<node id='two'><translate sid='at'>5 0 0</translate><scale>1 2 1</scale><instance_geometry "
+                    "url='#cube'/></node>"
+                    "<node sid='nameless'><translate>9 0 0</translate><instance_geometry url='#cube'/></node>",
+                    bodyText("a", box) + bodyText("b", box), instanceText("a", "one") + instanceText("b", "two"));
     const Boxes wanted = boxesOf(*osgDB::readRefNodeFile(write("whole.dae", whole).string()));
     ASSERT_EQ(wanted.size(), 3U);
+    const auto source = [](const std::string& id, const std::string& array, const std::string& numbers) {
+        return "<source id='" + id + "'><" + array + " id='" + id + "a' count='2'>" + numbers + "</" + array +
+               "><technique_common><accessor source='#" + id +
+               "a' count='2'><param name='TIME' type='float'/></accessor>"
+               "</technique_common></source>";
+    };
+    const std::string animation =
+        "<library_animations><animation>" + source("t", "float_array", "0 1") + source("z", "float_array", "7 8") +
+        source("i", "Name_array", "LINEAR LINEAR") +
+        "<sampler id='s'><input semantic='INPUT' source='#t'/><input semantic='OUTPUT' source='#z'/>"
+        "<input semantic='INTERPOLATION' source='#i'/></sampler><channel source='#s' target='two/at.Z'/>"
+        "</animation></library_animations>";
     const std::tuple<std::string, std::string, std::size_t> changes[] = {
         {"<instance_physics_scene url='#world'/>", "", 0},
         {"<instance_visual_scene url='#scene'/>", "", 2},
@@ -122,12 +136,16 @@ TEST_F(ModelLoaderTest, NothingIsMissingOrTwiceHoweverAFileNamesItsBodies) {
         {"target='#two'", "target='x.dae#two'", 2},
         {"body='b'", "body='nobody'", 1},
         {"target='#two'", "target='scene/nameless'", 2},
+        {"<library_geometries>", animation + "<library_geometries>", 2},
     };
     for (const auto& [from, to, bodies] : changes) {
         SCOPED_TRACE(to);
         std::string text = whole;
         Scene scene(write("x.dae", text.replace(text.find(from), from.size(), to)));
         EXPECT_EQ(scene.getRoot().getChildren().size(), bodies);
+        osgUtil::UpdateVisitor updates; // as before each picture
+        updates.setFrameStamp(new osg::FrameStamp);
+        scene.getGraph().accept(updates);
         const Boxes shown = boxesOf(scene.getGraph());
         EXPECT_EQ(shown.size(), wanted.size());
         EXPECT_EQ(countMissing(wanted, shown), 0U);
