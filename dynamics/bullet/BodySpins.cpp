@@ -62,6 +62,16 @@ Vector3 spinAxis(const Vector3& velocity, bool isRound) {
 
 } // namespace
 
+ExactSpin ExactSpin::of(const btRigidBody& body) {
+    const ExactSpin& known = static_cast<BulletBody*>(body.getUserPointer())->exactSpin;
+    const btMatrix3x3& axes = body.getWorldTransform().getBasis();
+    if (axes == known.roundedAxes && body.getAngularVelocity() == known.roundedVelocity) {
+        return known;
+    }
+    const Quaternion exact = quaternionOf(body.getOrientation());
+    return {exact, rotated(conjugate(exact), fromBullet(body.getAngularVelocity())), axes, body.getAngularVelocity()};
+}
+
 bool BodySpins::turnsAsTheEngineDoes(const btRigidBody& body, double seconds) {
     const double angle = static_cast<double>(body.getAngularVelocity().length()) * seconds;
     return angle < (isRound(body) ? longestOfEngine : slowestTurn);
@@ -75,8 +85,8 @@ void BodySpins::prepare(const btAlignedObjectArray<btRigidBody*>& bodies, double
             continue;
         }
         slowDownOnJoints(body, seconds);
-        const Quaternion before = quaternionOf(body.getOrientation());
-        const Vector3 velocity = rotated(conjugate(before), fromBullet(body.getAngularVelocity()));
+        const ExactSpin before = ExactSpin::of(body);
+        const Vector3& velocity = before.velocity;
         const Vector3 moments = momentsOf(body);
         if (!(rotationRate(velocity, moments) * seconds < longestTurn)) {
             continue;
@@ -92,15 +102,17 @@ void BodySpins::prepare(const btAlignedObjectArray<btRigidBody*>& bodies, double
             twistVelocity = axis * dot(velocity, axis);
         }
         const Vector3 swing = toVector(turn * conjugate(twist));
-        const btVector3 given = toBullet(rotated(before, twistVelocity + swing * (1 / seconds)));
-        spins.push_back({&body, moments, momentum, twist, swing, before, before, given});
+        const btVector3 given = toBullet(rotated(before.axes, twistVelocity + swing * (1 / seconds)));
+        spins.push_back({&body, moments, momentum, twist, swing, before, before.axes, given});
         body.setAngularVelocity(given);
     }
 }
 
 void BodySpins::noteStarts() {
     for (Spin& spin : spins) {
-        spin.start = quaternionOf(spin.body->getOrientation());
+        if (!(spin.body->getWorldTransform().getBasis() == spin.before.roundedAxes)) {
+            spin.start = quaternionOf(spin.body->getOrientation());
+        }
     }
 }
 
@@ -113,7 +125,7 @@ void BodySpins::finish(double seconds) {
 void BodySpins::finish(const Spin& spin, double seconds) {
     btRigidBody& body = *spin.body;
     const btVector3 added = body.getAngularVelocity() - spin.given;
-    const Vector3 change = rotated(conjugate(spin.before), fromBullet(added));
+    const Vector3 change = rotated(conjugate(spin.before.axes), fromBullet(added));
     const Vector3 momentum = spin.momentum + diagonal(spin.moments) * change;
     Quaternion turn = fromVector(spin.swing + change * seconds) * spin.twist;
     // One that was stopped on its way, at a surface, is where the engine has put it.
@@ -121,7 +133,7 @@ void BodySpins::finish(const Spin& spin, double seconds) {
     if (isStopped) {
         turn = conjugate(spin.start) * quaternionOf(body.getOrientation());
     }
-    const Quaternion end = spin.start * turn;
+    const Quaternion end = normalized(spin.start * turn);
     const Vector3 velocity = turningVelocity(rotated(conjugate(turn), momentum), spin.moments);
     body.setAngularVelocity(toBullet(rotated(end, velocity)));
     btTransform place = body.getWorldTransform();
@@ -129,6 +141,8 @@ void BodySpins::finish(const Spin& spin, double seconds) {
         place.setRotation(bulletQuaternion(end));
     }
     body.setCenterOfMassTransform(place);
+    static_cast<BulletBody*>(body.getUserPointer())->exactSpin = {end, velocity, place.getBasis(),
+                                                                  body.getAngularVelocity()};
 }
 
 } // namespace tessarin::dynamics::bullet

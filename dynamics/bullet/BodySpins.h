@@ -8,6 +8,18 @@
 
 namespace tessarin::dynamics::bullet {
 
+/// What single precision rounds off a body that turns. Where that went again and again, a body that turns over would
+/// do so at wrong times. It counts as long as nobody else has turned the body or changed its velocity.
+struct ExactSpin {
+    Quaternion axes;              // the principal ones in the world
+    Vector3 velocity = {0, 0, 0}; // about them
+    btMatrix3x3 roundedAxes = btMatrix3x3::getIdentity();
+    btVector3 roundedVelocity = {0, 0, 0};
+
+    /// The body's, read from the body where it was changed by somebody else.
+    static ExactSpin of(const btRigidBody& body);
+};
+
 /// Turns bodies in a step of the engine as Euler's equations say, which it does itself only roughly: its own gyroscopic
 /// terms, which bodies must have switched off, take energy from whatever tumbles.
 ///
@@ -37,8 +49,10 @@ private:
         Quaternion twist;
         Vector3 swing;
 
-        /// Of the principal axes in the world, before and after solving, since the engine turns bodies out of others.
-        Quaternion before;
+        /// Before solving.
+        ExactSpin before;
+
+        /// The principal axes after solving, since the engine turns bodies out of others.
         Quaternion start;
 
         /// The steady velocity in the world, as the engine has it.

@@ -3,6 +3,7 @@
 #include <dynamics/DynamicsBody.h>
 #include <dynamics/PoseSource.h>
 #include <dynamics/bullet/BodyShape.h>
+#include <dynamics/bullet/BodySpins.h>
 #include <dynamics/bullet/BulletBodyControl.h>
 #include <dynamics/bullet/ColladaPhysics.h>
 #include <dynamics/bullet/ContactList.h>
@@ -76,6 +77,9 @@ public:
 
     /// Belongs to the list of contacts.
     ContactLink contactLink;
+
+    /// Belongs to the engine's world.
+    ExactSpin exactSpin;
 
     /// Half of what the body measures where it is narrowest.
     double getSize() const { return shape.size; }

@@ -8,7 +8,7 @@ namespace tessarin::dynamics::bullet {
 namespace {
 
 /// Radians in one step of the integration.
-constexpr double longestStep = 0.1;
+constexpr double longestStep = 0.05;
 
 /// Not of unit length.
 Quaternion sum(const Quaternion& a, const Quaternion& b, double factor) {
