@@ -7,14 +7,15 @@
 
 #include <osg/MatrixTransform>
 
+#include <algorithm>
 #include <cassert>
+#include <iterator>
 #include <vector>
 
 namespace tessarin::agent {
 
 std::list<AgentNode*> AgentNode::allAgents;
-unsigned AgentNode::marks = 0;
-unsigned AgentNode::visits = 0;
+std::uint32_t AgentNode::lastSerial = 0;
 dynamics::DynamicsWorld* AgentNode::dynamicsWorld = nullptr;
 
 AgentNode::AgentNode(const std::string& name) : velocity(0.0f, 0.0f, 0.0f) {
@@ -56,6 +57,7 @@ void AgentNode::viewListsOf(const AgentNode& other) {
     for (Component* const component : components)
         component->listing.enter(this, true);
     children = other.children;
+    childCount = static_cast<std::uint32_t>(children.size());
     for (AgentNode* const child : children)
         child->listing.enter(this, true);
 
@@ -81,7 +83,7 @@ void AgentNode::releaseAll() {
     while (!children.empty()) {
         AgentNode* const child = children.front();
         if (child->listing.isSharedWith(this))
-            unlistChild(child, false);
+            unlistChild(child);
         else
             removeChild(child);
     }
@@ -95,13 +97,12 @@ AgentNode::~AgentNode() {
             component->agentNode = this;
     if (allAgentsEntry != allAgents.end())
         allAgents.erase(allAgentsEntry);
-    ChildWalk::ending(*this);
-    ComponentWalk::ending(*this);
+    Visit::endAll(*this);
+    checkEntries();
     for (AgentNode* const agent : listing.getAgents())
-        agent->unlistChild(this, true);
+        agent->unlistChild(this);
 
-    ComponentWalk walk(*this);
-    for (walk.begin(); Component* component = walk.get(); walk.advance()) {
+    for (ComponentWalk walk(*this); Component* component = walk.get(); walk.advance()) {
         if (!component->listing.isSharedWith(this))
             removeOsgNode(osgNodeOf(component), 1);
     }
@@ -134,20 +135,17 @@ void AgentNode::destroyComponents() {
 void AgentNode::destroyChildren() {
     // Each child takes its own transform out of the scene, but from a wide group that takes quadratic time.
     constexpr std::size_t wide = 64;
-    if (osgTransform && children.size() > wide) {
-        std::vector<osg::Node*> transforms;
-        for (AgentNode* const child : children) {
-            osg::Transform* const transform = child->osgTransform.get();
-            if (transform && !child->listing.isSharedWith(this))
-                transforms.push_back(transform);
-        }
-        removeManyFromGroup(*osgTransform, transforms);
+    if (children.size() > wide) {
+        std::vector<AgentNode*> leaving;
+        std::copy_if(children.begin(), children.end(), std::back_inserter(leaving),
+                     [this](const AgentNode* child) { return owns(child); });
+        detachTransforms(leaving);
     }
     while (!children.empty()) {
         AgentNode* const child = children.front();
-        const bool shared = child->listing.isSharedWith(this);
-        unlistChild(child, true);
-        if (!shared)
+        const bool owned = owns(child);
+        unlistChild(child);
+        if (owned)
             deleteChild(child);
     }
 }

@@ -23,6 +23,7 @@
 #include <list>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace tessarin::xml_parser {
 class XMLNode;
@@ -90,7 +91,7 @@ public:
     AgentNode* getOrAddChild(const std::string& name);
 
     /// The children themselves, in the order of addition. Entries may be read and reordered through it, outside of
-    /// events; they are added and taken out by addChild and removeChild alone.
+    /// events; they are added and taken out by addChild and removeChild alone, and not spliced from another list.
     /// @{
     std::list<AgentNode*>& getChildren() { return children; }
     const std::list<AgentNode*>& getChildren() const { return children; }
@@ -124,11 +125,9 @@ public:
     bool hasAgent(const std::string& name, int depth) const;
 
     /// Asks the parent to delete this agent at the end of its next sendEvent, of any event. Until then the agent goes
-    /// on receiving events. There is no way back, and a root is not deleted.
-    void markForRemoval() {
-        markedForRemoval = true;
-        ++marks;
-    }
+    /// on receiving events. An agent that an event is passing through, or that is above one, stays until the first such
+    /// end after that. There is no way back, and a root is not deleted.
+    void markForRemoval();
 
     bool getMarkedForRemoval() const { return markedForRemoval; }
 
@@ -182,7 +181,7 @@ public:
 
     /// Sends an event through this agent and its branch: the hooks of the components, in the order of attachment, then
     /// each child in list order with all below it, and last the children that are marked for removal are deleted. A
-    /// child added meanwhile is visited, one taken out is not.
+    /// child added meanwhile is visited, one taken out is not, and one that leaves and comes back is visited once.
     void sendEvent(AgentEvent::_AgentEventEnum event);
 
     /// Calls onCollision of every component of this agent, in list order. The library never calls it: whoever detects
@@ -288,18 +287,22 @@ private:
     friend class AgentNodeHandle;
     friend class Component;
 
+    struct Visit;
     template <class T>
     struct Walk;
-    struct Visit;
-    using ChildWalk = Walk<AgentNode>;
-    using ComponentWalk = Walk<Component>;
+    struct ChildWalk;
+    struct ComponentWalk;
 
     void deleteChild(AgentNode* child);
     void deleteComponent(Component* component);
 
     void listChild(AgentNode* child);
-    int unlistChild(AgentNode* child, bool forGood);
-    void eraseChild(std::list<AgentNode*>::iterator entry, bool forGood);
+    int unlistChild(AgentNode* child);
+    void eraseChild(std::list<AgentNode*>::iterator entry);
+    std::list<AgentNode*>::iterator findChild(AgentNode* child);
+    void checkEntries();
+    bool isEntryOf(const AgentNode* child, std::list<AgentNode*>::iterator place) const;
+    void adoptEntries();
     void listComponent(Component* component);
     int unlistComponent(Component* component);
     void releaseAll();
@@ -321,13 +324,16 @@ private:
 
     void connect(Component* component, AgentEvent::_AgentEventEnum event);
     void dispatchEvent(AgentEvent::_AgentEventEnum event);
-    void dispatchFrom(std::list<AgentNode*>::iterator entry, AgentEvent::_AgentEventEnum event, bool sweep);
+    void dispatchFrom(std::list<AgentNode*>::iterator entry, AgentEvent::_AgentEventEnum event);
     bool listens(AgentEvent::_AgentEventEnum event) const;
     bool isSilentLeaf(AgentEvent::_AgentEventEnum event) const;
     void prefetchNext(std::list<AgentNode*>::iterator entry) const;
-    void emitSignal(AgentEvent::_AgentEventEnum event);
     void removeMarkedChildren();
-    bool isInUse() const;
+    std::vector<AgentNode*> markedChildrenToDelete() const;
+    void detachTransforms(const std::vector<AgentNode*>& leaving);
+    void hangInOrder(AgentNode* child);
+    bool owns(const AgentNode* child) const { return !child->listing.isSharedWith(this); }
+    bool isVisited() const;
 
     static void deleteUnheld(AgentNode* agent);
     static void deleteUnheld(Component* component);
@@ -342,27 +348,30 @@ private:
     RigidBodyComponent* rigidBody = nullptr;
     osg::ref_ptr<osg::Transform> osgTransform;
     int selectionPriority = 1;
+    const std::uint32_t serial = ++lastSerial; // tells the agent from a later one at its address
     AgentNodeHandle parent;
 
     // A pass over agents that don't listen reads just these and where the children begin: all of it in one block of 16
     // bytes, which no cache line splits.
-    alignas(16) bool markedForRemoval = false;
-    bool ownsTransform = true;
+    alignas(16) bool sweepIsDue = false; // a child may be marked for removal
+    bool knowsEntries = true;            // the children's entries are where listChild has put them
     // A bit for each event whose signal may have a slot. The signals of a copy and its source are the same, so neither
     // can know, and all bits are set.
     mutable std::uint16_t connectedEvents = 0;
+    std::uint32_t childCount = 0; // how many entries the list should have
     std::list<AgentNode*> children;
 
     gmtl::Vec<float, 3> velocity;
-    ChildWalk* childWalks = nullptr;         // the walks over children that are under way, the innermost first
-    ComponentWalk* componentWalks = nullptr; // the same for components
-    AgentNodeHandle* watchers = nullptr;     // the chain of handles that watch this agent
+    bool markedForRemoval = false;
+    bool ownsTransform = true;
+    Visit* visits = nullptr;             // what is under way on this agent, the innermost first
+    AgentNodeHandle* watchers = nullptr; // the chain of handles that watch this agent
     Listing listing;
+    std::list<AgentNode*>::iterator listEntry; // in the list of the first agent that listing names
     std::list<AgentNode*>::iterator allAgentsEntry;
 
     static std::list<AgentNode*> allAgents;
-    static unsigned marks;  // counts calls of markForRemoval
-    static unsigned visits; // how many outermost visits (events, slots, documents) are under way, one inside the other
+    static std::uint32_t lastSerial;
 };
 
 } // namespace tessarin::agent

@@ -120,8 +120,9 @@ void AgentNode::listComponent(Component* component) {
         component->connections.clear();
     components.push_back(component);
     component->listing.enter(this, false);
-    if (componentWalks)
-        ComponentWalk::appended(*this);
+    for (Visit* visit = visits; visit; visit = visit->outer)
+        if (visit->kind == Visit::WALK_OVER_COMPONENTS)
+            static_cast<ComponentWalk*>(visit)->append();
 }
 
 void AgentNode::connect(Component* component, AgentEvent::_AgentEventEnum event) {
@@ -174,8 +175,9 @@ int AgentNode::unlistComponent(Component* component) {
     int count = 0;
     auto entry = findFromBothEnds(components, component);
     while (entry != components.end()) {
-        if (componentWalks)
-            ComponentWalk::leaving(*this, entry, false);
+        for (Visit* visit = visits; visit; visit = visit->outer)
+            if (visit->kind == Visit::WALK_OVER_COMPONENTS)
+                static_cast<ComponentWalk*>(visit)->leave(entry);
         components.erase(entry);
         ++count;
         entry = component->listing.isRepeated() ? findFromBothEnds(components, component) : components.end();
@@ -204,7 +206,7 @@ void AgentNode::sendEvent(AgentEvent::_AgentEventEnum event) {
     assert(isEvent(event) && "AgentNode::sendEvent takes the sixteen agent events and no others.");
     if (!isEvent(event))
         return;
-    const Visit visit(*this);
+    checkEntries();
     dispatchEvent(event);
 }
 
@@ -225,84 +227,105 @@ inline bool AgentNode::isSilentLeaf(AgentEvent::_AgentEventEnum event) const {
 
 void AgentNode::dispatchEvent(AgentEvent::_AgentEventEnum event) {
     auto entry = children.begin();
-    bool sweep = false;
     if (!listens(event)) {
-        // As long as nobody is called nothing can change, and no walk has to be known.
-        for (; entry != children.end() && (*entry)->isSilentLeaf(event); ++entry) {
-            sweep |= (*entry)->markedForRemoval;
+        // As long as nobody is called nothing can change, and no visit has to be known.
+        while (entry != children.end() && (*entry)->isSilentLeaf(event))
+            ++entry;
+        if (entry == children.end()) {
+            if (sweepIsDue)
+                removeMarkedChildren();
+            return;
         }
     }
-    if (listens(event) || entry != children.end())
-        dispatchFrom(entry, event, sweep);
-    else if (sweep)
-        removeMarkedChildren();
+    dispatchFrom(entry, event);
 }
 
 /// The whole dispatch where the agent listens; else that to the children from the entry on.
-/// @param sweep one of the children before is marked for removal.
-void AgentNode::dispatchFrom(std::list<AgentNode*>::iterator entry, AgentEvent::_AgentEventEnum event, bool sweep) {
-    ChildWalk walk(*this);
-    const unsigned marksBefore = marks;
+void AgentNode::dispatchFrom(std::list<AgentNode*>::iterator entry, AgentEvent::_AgentEventEnum event) {
+    const Visit visit(*this);
     if (listens(event)) {
         eventSignals[event].emit();
-        walk.begin();
-    } else {
-        walk.beginAt(entry);
+        if (visit.isOver())
+            return;
+        entry = children.begin();
     }
-    for (; AgentNode* child = walk.get(); walk.advance()) {
+    for (ChildWalk walk(*this, entry); AgentNode* child = walk.get(); walk.advance()) {
         prefetchNext(walk.current);
         if (!child->isSilentLeaf(event))
             child->dispatchEvent(event);
-        if (walk.isOnVisited() && child->markedForRemoval)
-            sweep = true;
     }
-    if (walk.node && (sweep || marks != marksBefore))
+    if (!visit.isOver() && sweepIsDue)
         removeMarkedChildren();
 }
 
-void AgentNode::removeMarkedChildren() {
+/// The children that a sweep deletes now. One that an event, a slot or a document is passing through stays marked for a
+/// later sweep.
+std::vector<AgentNode*> AgentNode::markedChildrenToDelete() const {
     std::vector<AgentNode*> leaving;
     for (AgentNode* const child : children)
-        // Inside another visit the agent may be one that that visit is passing through; it stays marked for a later
-        // sweep.
-        if (child->markedForRemoval && !child->listing.isSharedWith(this) && !(visits > 1 && child->isInUse()))
+        if (child->markedForRemoval && owns(child) && !child->isVisited())
             leaving.push_back(child);
-    if (leaving.empty())
-        return;
-
-    constexpr std::size_t many = 8;
-    if (osgTransform && leaving.size() > many) {
-        std::vector<osg::Node*> transforms;
-        for (AgentNode* const child : leaving)
-            if (child->osgTransform)
-                transforms.push_back(child->osgTransform.get());
-        removeManyFromGroup(*osgTransform, transforms);
-    }
-
-    const Visit visit(*this);
-    ChildWalk walk(*this);
-    for (walk.begin(); AgentNode* child = walk.get(); walk.advance()) {
-        if (!child->markedForRemoval || child->listing.isSharedWith(this) || (visits > 2 && child->isInUse()))
-            continue;
-        eraseChild(walk.current, true);
-        if (child->listing.isRepeated())
-            unlistChild(child, true);
-        child->listing.leave(this);
-        deleteChild(child);
-    }
+    return leaving;
 }
 
-/// Whether a walk is under way on this agent or below it.
-bool AgentNode::isInUse() const {
-    if (childWalks || componentWalks)
-        return true;
-    return std::any_of(children.begin(), children.end(), [](const AgentNode* child) { return child->isInUse(); });
+void AgentNode::removeMarkedChildren() {
+    const Visit visit(*this);
+    // What goes may mark others, also those before it.
+    for (auto leaving = markedChildrenToDelete(); !leaving.empty(); leaving = markedChildrenToDelete()) {
+        constexpr std::size_t many = 8; // each takes its own transform out of the scene, but many go faster at once
+        if (leaving.size() > many)
+            detachTransforms(leaving);
+        else
+            leaving.clear();
+        for (ChildWalk walk(*this); AgentNode* child = walk.get(); walk.advance()) {
+            if (!child->markedForRemoval || !owns(child))
+                continue;
+            if (!child->isVisited()) {
+                unlistChild(child);
+                deleteChild(child);
+            } else if (std::find(leaving.begin(), leaving.end(), child) != leaving.end()) {
+                hangInOrder(child); // one that went has brought somebody who is visited below it
+            }
+        }
+        if (visit.isOver())
+            return;
+    }
+    sweepIsDue = std::any_of(children.begin(), children.end(),
+                             [this](const AgentNode* child) { return child->markedForRemoval && owns(child); });
+}
+
+void AgentNode::detachTransforms(const std::vector<AgentNode*>& leaving) {
+    std::vector<osg::Node*> transforms;
+    for (AgentNode* const child : leaving)
+        if (child->osgTransform)
+            transforms.push_back(child->osgTransform.get());
+    if (osgTransform)
+        removeManyFromGroup(*osgTransform, transforms);
+}
+
+/// Puts a child's transform back under this agent's, behind that of the sibling before it.
+void AgentNode::hangInOrder(AgentNode* child) {
+    if (!osgTransform || !child->osgTransform)
+        return;
+    unsigned index = 0;
+    for (auto sibling = findChild(child); sibling != children.begin();) {
+        const unsigned before = osgTransform->getChildIndex((*--sibling)->osgTransform.get());
+        if (before < osgTransform->getNumChildren()) {
+            index = before + 1;
+            break;
+        }
+    }
+    osgTransform->insertChild(index, child->osgTransform);
+}
+
+/// Whether something is under way on this agent or on one that would end with it.
+bool AgentNode::isVisited() const {
+    return visits || std::any_of(children.begin(), children.end(),
+                                 [this](const AgentNode* child) { return owns(child) && child->isVisited(); });
 }
 
 void AgentNode::onCollision(CollisionData& collision) {
-    const Visit visit(*this);
-    ComponentWalk walk(*this);
-    for (walk.begin(); Component* component = walk.get(); walk.advance())
+    for (ComponentWalk walk(*this); Component* component = walk.get(); walk.advance())
         callHook("onCollision", [component, &collision] { component->onCollision(collision); });
 }
 

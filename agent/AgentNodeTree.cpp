@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <iterator>
 #include <unordered_set>
 #include <vector>
 
@@ -55,37 +56,86 @@ bool AgentNode::isAbove(const AgentNode* node) const {
 }
 
 void AgentNode::listChild(AgentNode* child) {
+    checkEntries();
     children.push_back(child);
+    ++childCount;
+    const bool isFirstEntry = child->listing.isEmpty();
     child->listing.enter(this, false);
-    if (childWalks)
-        ChildWalk::appended(*this);
+    if (isFirstEntry)
+        child->listEntry = std::prev(children.end());
+    if (child->markedForRemoval)
+        sweepIsDue = true;
+    for (Visit* visit = visits; visit; visit = visit->outer)
+        if (visit->kind == Visit::WALK_OVER_CHILDREN)
+            static_cast<ChildWalk*>(visit)->append();
 }
 
-void AgentNode::eraseChild(std::list<AgentNode*>::iterator entry, bool forGood) {
-    if (childWalks)
-        ChildWalk::leaving(*this, entry, forGood);
-    children.erase(entry);
+void AgentNode::eraseChild(std::list<AgentNode*>::iterator erased) {
+    for (Visit* visit = visits; visit; visit = visit->outer)
+        if (visit->kind == Visit::WALK_OVER_CHILDREN)
+            static_cast<ChildWalk*>(visit)->leave(erased);
+    children.erase(erased);
+    --childCount;
+    knowsEntries = knowsEntries || children.empty();
 }
 
 /// Takes every entry of the child out of the list and counts them.
-/// @param forGood the child is about to be deleted.
-int AgentNode::unlistChild(AgentNode* child, bool forGood) {
-    const auto found = findFromBothEnds(children, child);
+int AgentNode::unlistChild(AgentNode* child) {
+    const auto found = findChild(child);
     if (found == children.end())
         return 0;
-    eraseChild(found, forGood);
+    eraseChild(found);
     int count = 1;
     if (child->listing.isRepeated()) {
-        for (auto entry = children.begin(); entry != children.end();) {
-            const auto here = entry++;
+        for (auto next = children.begin(); next != children.end();) {
+            const auto here = next++;
             if (*here == child) {
-                eraseChild(here, forGood);
+                eraseChild(here);
                 ++count;
             }
         }
     }
     child->listing.leave(this);
     return count;
+}
+
+/// The child's first entry, or the list's end.
+std::list<AgentNode*>::iterator AgentNode::findChild(AgentNode* child) {
+    checkEntries();
+    if (!child->listing.holds(this))
+        return children.end();
+    return knowsEntries && child->listing.isOnlyIn(this) ? child->listEntry : findFromBothEnds(children, child);
+}
+
+/// Finds out what the host has done to the list itself. It may reorder it; then entries may have moved, and children
+/// are searched for. Pointers that came or went would dangle sooner or later.
+void AgentNode::checkEntries() {
+    const bool areOurs =
+        children.size() == childCount &&
+        (children.empty() || (children.front()->listing.holds(this) && children.back()->listing.holds(this)));
+    assert(areOurs && "AgentNode::getChildren: entries come and go by addChild and removeChild alone.");
+    if (!areOurs)
+        adoptEntries();
+    if (knowsEntries && !children.empty())
+        knowsEntries = isEntryOf(children.front(), children.begin()) && isEntryOf(children.back(), --children.end());
+}
+
+bool AgentNode::isEntryOf(const AgentNode* child, std::list<AgentNode*>::iterator place) const {
+    return child->listEntry == place || !child->listing.isOnlyIn(this);
+}
+
+/// Makes what the children know of the list agree with it.
+void AgentNode::adoptEntries() {
+    const std::unordered_set<const AgentNode*> listed(children.begin(), children.end());
+    for (AgentNode* const agent : allAgents)
+        if (agent->listing.holds(this) && listed.count(agent) == 0)
+            agent->listing.leave(this);
+    for (AgentNode* const child : children)
+        if (!child->listing.holds(this))
+            child->listing.enter(this, false);
+    childCount = static_cast<std::uint32_t>(children.size());
+    knowsEntries = false;
+    sweepIsDue = true;
 }
 
 AgentNode* AgentNode::getChild(const std::string& name) {
@@ -104,7 +154,10 @@ void AgentNode::removeChild(AgentNode* child) {
     assert(child && "AgentNode::removeChild takes no null child.");
     if (!child)
         return;
-    const int entries = std::max(unlistChild(child, false), 1);
+    for (Visit* visit = visits; visit; visit = visit->outer)
+        if (visit->kind == Visit::WALK_OVER_CHILDREN)
+            static_cast<ChildWalk*>(visit)->noteDeparture(*child);
+    const int entries = std::max(unlistChild(child), 1);
     for (int i = 0; i < entries && osgTransform && child->osgTransform; ++i)
         removeFromGroup(*osgTransform, *child->osgTransform);
 }
@@ -152,17 +205,23 @@ bool AgentNode::hasAgent(const std::string& name, int depth) const {
     return false;
 }
 
+void AgentNode::markForRemoval() {
+    markedForRemoval = true;
+    if (AgentNode* const holder = listing.getFirstAgent())
+        holder->sweepIsDue = true;
+    if (listing.hasMoreAgents())
+        for (AgentNode* const holder : listing.getAgents())
+            holder->sweepIsDue = true;
+}
+
 void AgentNode::visitChildren(sigc::slot<void, AgentNode*> slot) {
-    const Visit visit(*this);
-    ChildWalk walk(*this);
-    for (walk.begin(); AgentNode* child = walk.get(); walk.advance())
+    checkEntries();
+    for (ChildWalk walk(*this); AgentNode* child = walk.get(); walk.advance())
         slot(child);
 }
 
 void AgentNode::visitComponents(sigc::slot<void, Component*> slot) {
-    const Visit visit(*this);
-    ComponentWalk walk(*this);
-    for (walk.begin(); Component* component = walk.get(); walk.advance())
+    for (ComponentWalk walk(*this); Component* component = walk.get(); walk.advance())
         slot(component);
 }
 

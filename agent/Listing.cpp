@@ -64,6 +64,13 @@ void Listing::leave(AgentNode* agent) {
     }
 }
 
+bool Listing::holds(const AgentNode* agent) const {
+    if (!hasMore || first == agent)
+        return first == agent;
+    const std::vector<Entry>& entries = furtherEntries().at(this);
+    return std::any_of(entries.begin(), entries.end(), [=](const Entry& e) { return e.agent == agent; });
+}
+
 bool Listing::isSharedWith(const AgentNode* agent) const {
     if (!hasMore || first == agent)
         return false;

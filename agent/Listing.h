@@ -28,6 +28,12 @@ public:
 
     bool isEmpty() const { return !first && !hasMore; }
 
+    /// True if the agent's list holds the object.
+    bool holds(const AgentNode* agent) const;
+
+    /// True if the agent's list holds the object, once, and no other list does.
+    bool isOnlyIn(const AgentNode* agent) const { return first == agent && !hasMore && !repeated; }
+
     /// True if the agent's list holds the object without owning it.
     bool isSharedWith(const AgentNode* agent) const;
 

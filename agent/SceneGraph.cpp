@@ -1,9 +1,11 @@
 #include <agent/SceneGraph.h>
 
 #include <osg/Group>
+#include <osg/MatrixTransform>
 #include <osg/Node>
 #include <osg/ref_ptr>
 
+#include <typeinfo>
 #include <unordered_set>
 
 namespace tessarin::agent {
@@ -36,17 +38,33 @@ struct Runs {
     bool stayerHasOtherParents = false;
 };
 
+/// Shows the children's array of any group.
+struct Children : osg::Group {
+    static osg::NodeList& of(osg::Group& group) { return group.*&Children::_children; }
+};
+
+/// OpenSceneGraph closes the gap by assignments that count references, which takes ten times as long as moving the node
+/// to the end first. A group of another class than the agents' own may have something to say about each index.
+void removeAt(osg::Group& group, unsigned index) {
+    if (typeid(group) == typeid(osg::MatrixTransform)) {
+        osg::NodeList& children = Children::of(group);
+        for (; index + 1 < children.size(); ++index)
+            children[index].swap(children[index + 1]);
+    }
+    group.removeChildren(index, 1);
+}
+
 } // namespace
 
 void removeFromGroup(osg::Group& group, osg::Node& node) {
     unsigned front = 0;
     for (unsigned back = group.getNumChildren(); front < back; ++front) {
         if (group.getChild(front) == &node) {
-            group.removeChildren(front, 1);
+            removeAt(group, front);
             return;
         }
         if (group.getChild(--back) == &node) {
-            group.removeChildren(back, 1);
+            removeAt(group, back);
             return;
         }
     }

@@ -26,8 +26,9 @@ struct InsideAHook : testing::Test {
     }
 
     /// Whose update is called in one event, while b's hook does the action.
-    std::string visited(const std::function<void()>& inHookOfB) {
-        listener["b"]->actions["update"] = inHookOfB;
+    std::string visited(const std::function<void()>& inHookOfB, bool replacing = true) {
+        if (replacing)
+            listener["b"]->actions["update"] = inHookOfB;
         root->sendEvent(AgentEvent::UPDATE);
         std::string names;
         for (const std::string& call : std::exchange(journal, {}))
@@ -42,29 +43,52 @@ struct InsideAHook : testing::Test {
     std::map<std::string, RecordingComponent*> listener;
 };
 
-struct Removal {
-    const char *removed, *appended, *visited;
+struct Moves {
+    // "b-c+e*a" is a hook of b's that takes c out, appends e, which may have been there, and lists a once more.
+    const char *hooks, *visited;
 };
 
-struct RemovalInsideAHook : InsideAHook, testing::WithParamInterface<std::tuple<Removal, bool>> {};
+struct MovesInsideHooks : InsideAHook, testing::WithParamInterface<std::tuple<Moves, bool>> {};
 
-// A child taken out in the pass is not visited afterwards, an appended one is.
-TEST_P(RemovalInsideAHook, LeavesThePassInOrder) {
-    const auto change = [&, removal = std::get<Removal>(GetParam())] {
-        for (const char name : std::string(removal.removed))
-            remove({name}, std::get<bool>(GetParam()));
-        for (const char name : std::string(removal.appended))
-            listen(root->addChild({name}), journal);
-    };
-    EXPECT_EQ(visited(change), std::get<Removal>(GetParam()).visited);
+// A child taken out in the pass is not visited afterwards, an appended one is, and nobody is visited twice.
+TEST_P(MovesInsideHooks, VisitEachChildThatIsThereOnce) {
+    const auto& [moves, deleting] = GetParam();
+    std::istringstream hooks(moves.hooks);
+    for (std::string hook; hooks >> hook;)
+        listener[hook.substr(0, 1)]->actions["update"] = [this, hook, deleting = deleting] {
+            for (std::size_t i = 1; i < hook.size(); i += 2) {
+                const std::string name = hook.substr(i + 1, 1);
+                const bool returns = hook.find('+' + name) != std::string::npos;
+                const auto taken = std::find_if(detached.begin(), detached.end(),
+                                                [&](const Owned& node) { return node && node->getName() == name; });
+                if (hook[i] == '*')
+                    root->addChild(child(name));
+                else if (hook[i] == '-' && child(name))
+                    remove(name, deleting && !returns);
+                else if (hook[i] == '+' && taken != detached.end())
+                    root->addChild(taken->release());
+                else if (hook[i] == '+')
+                    listen(root->addChild(name), journal);
+            }
+        };
+    EXPECT_EQ(visited([] {}, false), moves.visited);
+    unsigned i = 0;
+    for (AgentNode* const node : root->getChildren())
+        EXPECT_EQ(root->getOsgTransform()->getChild(i++), node->getOsgTransform().get());
+    EXPECT_EQ(root->getOsgTransform()->getNumChildren(), i);
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    All, RemovalInsideAHook,
-    testing::Combine(testing::Values(Removal{"b", "", "abcd"}, Removal{"c", "", "abd"}, Removal{"a", "", "abcd"},
-                                     Removal{"d", "", "abc"}, Removal{"bc", "", "abd"}, Removal{"cb", "", "abd"},
-                                     Removal{"cd", "ef", "abef"}, Removal{"bcd", "e", "abe"}, Removal{"abcd", "", "ab"},
-                                     Removal{"dcba", "ef", "abef"}, Removal{"", "e", "abcde"}),
+    All, MovesInsideHooks,
+    testing::Combine(testing::Values(Moves{"b-b", "abcd"}, Moves{"b-c", "abd"}, Moves{"b-a", "abcd"},
+                                     Moves{"b-d", "abc"}, Moves{"b-c-b", "abd"}, Moves{"b-c-d+e+f", "abef"},
+                                     Moves{"b-b-c-d+e", "abe"}, Moves{"b-d-c-b-a+e+f", "abef"}, Moves{"b+e", "abcde"},
+                                     // Brought to the end: not yet visited, being visited, and visited.
+                                     Moves{"a-d+d b-d+d c-d+d", "abcd"}, Moves{"a-b+b c-b+b", "acdb"},
+                                     Moves{"a-a+a b-b+b c-c+c d-d+d", "abcd"}, Moves{"b-a+a c-a+a d-a+a", "abcd"},
+                                     Moves{"b-c+c c-b+b", "abdc"}, Moves{"c-a+a+e d-b+b", "abcde"},
+                                     // Listed once more without having left, visited and not.
+                                     Moves{"b*b*a d*d", "abcd"}, Moves{"a*d*c d+e", "abcde"}),
                      testing::Bool()));
 
 TEST_F(InsideAHook, AMovedAgentIsVisitedWhereItStandsThen) {
@@ -72,14 +96,14 @@ TEST_F(InsideAHook, AMovedAgentIsVisitedWhereItStandsThen) {
                   move("d", child("a")); // behind the pass
                   move("a", child("c")); // before it
                   listen(child("b")->addChild("x"), journal);
-                  move("b", root.get()); // visited already, it isn't again
+                  root->visitChildren([&](AgentNode*) { move("b", root.get()); }); // the outer walk has visited it
               }),
               "abxcad");
     EXPECT_EQ(childNames(*root), "c b");
-    EXPECT_EQ(root->getOsgTransform()->getNumChildren(), 2u);
-    // Two that keep sending each other to the end don't keep the pass going.
-    listener["c"]->actions["update"] = [&] { move("b", root.get()); };
-    EXPECT_EQ(visited([&] { move("c", root.get()); }), "cadbxcad");
+    AgentNode* const b = child("b");
+    b->markForRemoval();
+    EXPECT_EQ(visited([&] { move("b", root.get()); }), "cadbx");
+    EXPECT_EQ(childNames(*root), "c") << "it goes though it has left and come back";
 }
 
 TEST_F(InsideAHook, ComponentsComeAndGo) {
@@ -155,6 +179,27 @@ TEST_F(InsideAHook, ANestedEventSweepsOnlyWhatNobodyIsIn) {
               }),
               "ccdd");
     EXPECT_EQ(childNames(*root), "d") << "the outer event sweeps what the nested one had to leave";
+}
+
+// It is hung below its own child, which sweeps while the agent above it is still being dispatched.
+TEST_F(InsideAHook, AnAgentIsKeptUntilItsDispatchIsOver) {
+    for (const bool above : {false, true}) {
+        Journal calls;
+        AgentNode* const top = root->addChild("top");
+        AgentNode* const x = above ? top->addChild("x") : top;
+        AgentNode* const y = x->addChild("y");
+        listen(top, calls, Events{});
+        listen(y, calls, Events{AgentEvent::MOUSE_PRESS})->actions["mousePress"] = [=] {
+            x->removeChild(y);
+            root->removeChild(top);
+            y->addChild(top);
+            top->markForRemoval();
+        };
+        x->sendEvent(AgentEvent::MOUSE_PRESS);
+        EXPECT_EQ(take(calls), "y.mousePress");
+        EXPECT_EQ(send(*y, calls, AgentEvent::RESERVED), "top.deleted");
+        delete y;
+    }
 }
 
 TEST_F(InsideAHook, DocumentsMayBeAppliedAndMadeAndTheirAgentsAndComponentsGo) {
