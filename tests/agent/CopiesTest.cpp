@@ -72,6 +72,20 @@ TEST(AgentCopy, AssignmentLetsGoAndThenSees) {
     EXPECT_EQ(component->getAgentNode(), nullptr);
     EXPECT_EQ(released->getOsgTransform()->getNumParents() + componentsOf(target).size(), 0u);
     EXPECT_EQ(send(target, journal), "child.update");
+    {
+        for (int i = 0; i < 100; ++i) // so many leave the scene graph together
+            marked.addChild("child");
+        AgentNode view(source);
+        view = marked;
+        const osg::ref_ptr<osg::Transform> own = new osg::MatrixTransform;
+        view.setOsgTransform(marked.getOsgTransform());
+        EXPECT_EQ(AgentNode::getAgentNode(marked.getOsgTransform()), &marked);
+        view.setOsgTransform(own);
+        EXPECT_EQ(AgentNode::getAgentNode(own), &view);
+        view = target; // both see what they see together with others, and let go of it
+        view = marked;
+    }
+    EXPECT_EQ(marked.getOsgTransform()->getNumChildren(), 100u);
     source = target; // back again: nobody owns the child any more
     const Owned child(source.getChild("child"));
     marked.markForRemoval();

@@ -37,6 +37,13 @@ struct InsideAHook : testing::Test {
         return names;
     }
 
+    void expectSceneGraphInOrder() {
+        unsigned i = 0;
+        for (AgentNode* const node : root->getChildren())
+            EXPECT_EQ(root->getOsgTransform()->getChild(i++), node->getOsgTransform().get());
+        EXPECT_EQ(root->getOsgTransform()->getNumChildren(), i);
+    }
+
     Journal journal;
     Owned root = std::make_unique<AgentNode>("root");
     std::vector<Owned> detached;
@@ -72,10 +79,7 @@ TEST_P(MovesInsideHooks, VisitEachChildThatIsThereOnce) {
             }
         };
     EXPECT_EQ(visited([] {}, false), moves.visited);
-    unsigned i = 0;
-    for (AgentNode* const node : root->getChildren())
-        EXPECT_EQ(root->getOsgTransform()->getChild(i++), node->getOsgTransform().get());
-    EXPECT_EQ(root->getOsgTransform()->getNumChildren(), i);
+    expectSceneGraphInOrder();
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -200,6 +204,26 @@ TEST_F(InsideAHook, AnAgentIsKeptUntilItsDispatchIsOver) {
         EXPECT_EQ(send(*y, calls, AgentEvent::RESERVED), "top.deleted");
         delete y;
     }
+}
+
+TEST_F(InsideAHook, TheEndOfAnAgentMayChangeWhatTheSweepTakes) {
+    child("c")->markForRemoval();
+    listener["c"]->actions["deleted"] = [&] { child("a")->markForRemoval(); }; // behind the sweep
+    root->sendEvent(AgentEvent::RESERVED);
+    EXPECT_EQ(childNames(*root), "b d");
+    EXPECT_EQ(visited([&] {
+                  listener["b"]->actions.clear();
+                  for (int i = 0; i < 10; ++i)
+                      root->addChild("m" + std::to_string(i))->markForRemoval();
+                  root->addChild("e");
+                  listen(child("m0"), journal)->actions["deleted"] = [&] { move("b", child("m1")); };
+                  root->sendEvent(AgentEvent::RESERVED);
+                  EXPECT_EQ(childNames(*root), "d m1 e");
+                  expectSceneGraphInOrder();
+                  journal.clear();
+              }),
+              "db");
+    EXPECT_EQ(childNames(*root), "d e") << "b is no longer visited";
 }
 
 TEST_F(InsideAHook, DocumentsMayBeAppliedAndMadeAndTheirAgentsAndComponentsGo) {

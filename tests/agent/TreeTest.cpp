@@ -40,6 +40,38 @@ TEST(AgentNodeDeathTest, NoAgentStandsBelowItself) {
     EXPECT_EQ(childNames(*deep), "");
 }
 
+TEST(AgentNodeDeathTest, ChildrenMayBeReorderedInTheListAndNoMore) {
+    Journal names;
+    AgentNode root;
+    for (const char* const name : {"a", "b", "c", "d", "e", "f"})
+        root.addChild(name);
+    std::list<AgentNode*>& children = root.getChildren();
+    children.reverse();
+    std::iter_swap(children.begin(), --children.end());
+    std::iter_swap(++children.begin(), -- --children.end());
+    for (const char* const name : {"c", "f", "a", "b"}) {
+        const Owned taken(root.getChild(name));
+        root.removeChild(taken.get());
+        names.push_back(childNames(root));
+    }
+    EXPECT_THAT(names, ElementsAre("a b d e f", "a b d e", "b d e", "d e"));
+
+    const auto splice = [](bool emptied) {
+        auto from = std::make_unique<AgentNode>(), to = std::make_unique<AgentNode>();
+        for (const char* const name : {"x", "y", "z"})
+            from->addChild(name);
+        std::list<AgentNode*>& list = from->getChildren();
+        to->getChildren().splice(to->getChildren().end(), list, list.begin(), emptied ? list.end() : --list.end());
+        from.reset();
+        EXPECT_EQ(childNames(*to), emptied ? "x y z" : "x y");
+        to->getChild("x")->markForRemoval();
+        to->sendEvent(AgentEvent::UPDATE);
+        EXPECT_EQ(childNames(*to), emptied ? "y z" : "y");
+    };
+    for (const bool emptied : {false, true})
+        EXPECT_DEBUG_DEATH(splice(emptied), "entries come and go by addChild and removeChild alone");
+}
+
 TEST(AgentNode, TheDestructorTakesTheBranchDepthFirst) {
     Journal journal;
     osg::ref_ptr<osg::Group> scene = new osg::Group;
@@ -69,6 +101,9 @@ TEST(AgentNode, WorksWithAnotherTransformAndWithNone) {
     root.setOsgTransform(other);
     EXPECT_TRUE(AgentNode::getAgentNode(other) == &root && AgentNode::getAgentNode(old) == &root);
     EXPECT_TRUE(child->getOsgTransform()->getParent(0) == old && other->getNumChildren() == 0);
+    other->setUserData(new osg::Node);
+    root.setOsgTransform(other);
+    EXPECT_EQ(AgentNode::getAgentNode(other), &root) << "also the same transform is told again";
     root.setOsgTransform(nullptr);
     const std::unique_ptr<RecordingComponent> component(listen(&root, journal));
     component->osgNode = new osg::Node;
