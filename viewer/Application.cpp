@@ -123,7 +123,7 @@ void Application::runScene(const Options& options, osg::ApplicationUsage& usage)
     if (options.frames)
         runFrames(options, loop, window.get(), session.get());
     else
-        runUntilClosed(options, *window, *session);
+        runUntilClosed(options, loop, *window, *session);
     if (!options.document.empty())
         scene.write(options.document);
     if (options.digest)
@@ -145,14 +145,16 @@ void Application::runFrames(const Options& options, FrameLoop& loop, Window* win
             loop.frame(SimulationTime::frame);
         if (window && !session)
             window->ignoreEvents(loop.getTime());
-        if (window && (frame < frames || options.snapshot.empty()))
+        if (window && (frame < frames || options.snapshot.empty())) {
+            const FrameLoop::Picture picture(loop);
             window->draw();
+        }
     }
     if (!options.snapshot.empty())
         window->drawPicture(options.snapshot);
 }
 
-void Application::runUntilClosed(const Options& options, Window& window, Session& session) {
+void Application::runUntilClosed(const Options& options, FrameLoop& loop, Window& window, Session& session) {
     if (!options.snapshot.empty()) {
         session.frame(0);
         window.drawPicture(options.snapshot);
@@ -162,6 +164,7 @@ void Application::runUntilClosed(const Options& options, Window& window, Session
         const osg::Timer_t now = osg::Timer::instance()->tick();
         session.frame(osg::Timer::instance()->delta_s(before, now));
         before = now;
+        const FrameLoop::Picture picture(loop);
         window.draw();
     }
 }

@@ -30,7 +30,7 @@ private:
     void runTask(const Options& options, osg::ApplicationUsage& usage);
     void runScene(const Options& options, osg::ApplicationUsage& usage);
     void runFrames(const Options& options, FrameLoop& loop, Window* window, Session* session);
-    void runUntilClosed(const Options& options, Window& window, Session& session);
+    void runUntilClosed(const Options& options, FrameLoop& loop, Window& window, Session& session);
     void printDigest(Scene& scene);
 
     std::ostream& out;

@@ -14,6 +14,12 @@ namespace tessarin::viewer {
 
 using agent::AgentEvent;
 
+namespace {
+
+constexpr int mostSteps = 8;
+
+} // namespace
+
 FrameLoop::FrameLoop(Scene& sceneToDrive) : scene(sceneToDrive) {}
 
 void FrameLoop::frame(double seconds) {
@@ -21,6 +27,7 @@ void FrameLoop::frame(double seconds) {
     dynamics::bullet::BulletDynamicsWorld& world = scene.getWorld();
     const double step = world.getFixedStep();
 
+    SimulationTime::sinceFrame = std::min(seconds, mostSteps * step);
     root.sendEvent(AgentEvent::PRE_PHYSICS_UPDATE);
     for (int due = takeDueSteps(seconds); due > 0; --due) {
         SimulationTime::tick = step;
@@ -35,14 +42,21 @@ void FrameLoop::frame(double seconds) {
 }
 
 int FrameLoop::takeDueSteps(double seconds) {
-    constexpr int mostSteps = 8;
     const double step = scene.getWorld().getFixedStep();
     time += seconds;
     backlog = std::min(backlog + seconds, mostSteps * step);
     // A frame of one step's length is to run one step, however the sums are rounded.
     const int due = static_cast<int>(std::floor(backlog / step + 1e-6));
     backlog -= due * step;
+    const double steps = std::round(seconds / step);
+    const bool isWhole = steps >= 1 && std::abs(seconds - steps * step) < 1e-9 * step;
+    partDrawn = isWhole ? 1 : backlog / step;
     return due;
+}
+
+FrameLoop::Picture::Picture(FrameLoop& loop) : poses(loop.drawnPoses) {
+    if (loop.partDrawn < 1)
+        poses.apply(loop.scene.getRoot(), loop.partDrawn);
 }
 
 } // namespace tessarin::viewer

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <viewer/DrawnPoses.h>
+
 namespace tessarin::viewer {
 
 class Scene;
@@ -21,12 +23,28 @@ public:
     /// Seconds of the frames so far.
     double getTime() const { return time; }
 
+    /// As long as one lives, what moves stands where a picture is to show it: where it was one fixed step ago, which
+    /// lies between the last two steps. Frames that bring whole steps each show the steps themselves. To be made around
+    /// the drawing alone; everybody else is to see agents where their bodies are.
+    class Picture {
+    public:
+        explicit Picture(FrameLoop& loop);
+        ~Picture() { poses.undo(); }
+        Picture(const Picture&) = delete;
+        Picture& operator=(const Picture&) = delete;
+
+    private:
+        DrawnPoses& poses;
+    };
+
 private:
     int takeDueSteps(double seconds);
 
     Scene& scene;
     double time = 0;
     double backlog = 0;
+    double partDrawn = 1; // of the last step
+    DrawnPoses drawnPoses;
 };
 
 } // namespace tessarin::viewer

@@ -202,6 +202,7 @@ void Session::tell(const std::string& text) {
 
 void Session::startOrStopFollowing() {
     followed = followed ? nullptr : Hand::instance().getSelected();
+    const FrameLoop::Picture picture(loop);
     if (followed)
         followedPlace = placeOf(*followed);
 }
@@ -209,6 +210,7 @@ void Session::startOrStopFollowing() {
 void Session::follow() {
     if (!followed)
         return;
+    const FrameLoop::Picture picture(loop);
     const osg::Vec3d place = placeOf(*followed);
     if (place != followedPlace)
         window.shiftView(place - followedPlace);

@@ -50,7 +50,8 @@ BulletBody::BulletBody(std::shared_ptr<WorldCore> worldCore, std::string bodyNam
                        const collada::Material& bodyMaterial, const Affine& pose)
     : core(std::move(worldCore)), name(std::move(bodyName)), number(core->getContacts().nextBodyNumber()),
       material(bodyMaterial), shape(std::move(bodyShape)), massFrameInverse(rigidInverse(shape.massFrame)),
-      body(describe(shape, material, pose, core->getMassUnit())), lastPlace(body.getWorldTransform()) {
+      body(describe(shape, material, pose, core->getMassUnit())), lastPlace(body.getWorldTransform()),
+      placeBefore(lastPlace) {
     body.setUserPointer(this);
     // EngineWorld turns bodies itself.
     body.setFlags(body.getFlags() & ~BT_ENABLE_GYROSCOPIC_FORCE_IMPLICIT_BODY);
@@ -104,6 +105,7 @@ void BulletBody::setPose(const Affine& pose) {
     body.setWorldTransform(place);
     body.setInterpolationWorldTransform(place);
     lastPlace = place;
+    placeBefore = place;
     isPoseUnread = true;
     poseChanged();
     core->updatePlace(body);
@@ -175,6 +177,20 @@ gmtl::Vec<double, 3> BulletBody::getAngularVelocity() const {
     return gmtlVector(body.getAngularVelocity());
 }
 
+gmtl::Matrix<double, 4, 4> BulletBody::getPoseBetween(double part) const {
+    const btTransform& now = body.getWorldTransform();
+    const auto ratio = static_cast<btScalar>(std::clamp(part, 0.0, 1.0));
+    gmtl::Matrix<double, 4, 4> matrix;
+    if (ratio == 1 || !body.isActive()) {
+        toGmtl(getPose(), matrix);
+    } else {
+        const btTransform between(placeBefore.getRotation().slerp(now.getRotation(), ratio),
+                                  placeBefore.getOrigin().lerp(now.getOrigin(), ratio));
+        toGmtl(fromBullet(between) * massFrameInverse, matrix);
+    }
+    return matrix;
+}
+
 void BulletBody::applyImpulse(const gmtl::Vec<double, 3>& impulse, const gmtl::Vec<double, 3>& point) {
     const btVector3 value = bulletVector(impulse) / static_cast<btScalar>(core->getMassUnit().get());
     const btVector3 arm = bulletVector(point) - body.getCenterOfMassPosition();
@@ -202,6 +218,7 @@ void BulletBody::countMassIn(double unit) {
 void BulletBody::onStepped() {
     if (isFinite(body.getWorldTransform()) && bullet::isFinite(fromBullet(body.getLinearVelocity())) &&
         bullet::isFinite(fromBullet(body.getAngularVelocity()))) {
+        placeBefore = lastPlace;
         // Asked of the place itself: a body may have moved and fallen asleep within one step.
         if (!(body.getWorldTransform() == lastPlace)) {
             lastPlace = body.getWorldTransform();
@@ -214,6 +231,7 @@ void BulletBody::onStepped() {
                      "body '" << name << "' has left the range of numbers, it is stopped where it was last");
         hasBeenStopped = true; // what drives it out does so again in the next step
     }
+    placeBefore = lastPlace;
     body.setLinearVelocity(btVector3(0, 0, 0));
     body.setAngularVelocity(btVector3(0, 0, 0));
     body.setWorldTransform(lastPlace);

@@ -52,6 +52,7 @@ public:
     gmtl::Vec<double, 3> getCentreOfMass() const override;
     gmtl::Vec<double, 3> getLinearVelocity() const override;
     gmtl::Vec<double, 3> getAngularVelocity() const override;
+    gmtl::Matrix<double, 4, 4> getPoseBetween(double part) const override;
     void applyImpulse(const gmtl::Vec<double, 3>& impulse, const gmtl::Vec<double, 3>& point) override;
     void applyAngularImpulse(const gmtl::Vec<double, 3>& impulse) override;
 
@@ -103,6 +104,7 @@ private:
     Affine massFrameInverse;
     btRigidBody body;
     btTransform lastPlace;
+    btTransform placeBefore; // the last step
     bool isPoseUnread = true;
     bool hasBeenStopped = false;
 };

@@ -2,6 +2,7 @@
 
 #include <dynamics/bullet/Export.h>
 
+#include <gmtl/Matrix.h>
 #include <gmtl/Vec.h>
 
 namespace tessarin::dynamics::bullet {
@@ -29,6 +30,11 @@ public:
 
     /// Radians per second.
     virtual gmtl::Vec<double, 3> getAngularVelocity() const = 0;
+
+    /// Where the body was within the last fixed step, for pictures that come at other times than steps. What was put
+    /// somewhere since, and what sleeps, has been there all the time.
+    /// @param part from 0, where the step began, to 1, which is DynamicsBody::getMatrix.
+    virtual gmtl::Matrix<double, 4, 4> getPoseBetween(double part) const = 0;
 
     /// Changes the velocities at once, as a blow does, and wakes the body. A force that is to act during a step is its
     /// product with the seconds of the step, given before each step. A body that is not movable, and numbers that are

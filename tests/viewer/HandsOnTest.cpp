@@ -72,6 +72,7 @@ protected:
             session.frame(1.0 / 60);
             if (it())
                 return true;
+            const FrameLoop::Picture picture(loop);
             window.draw();
         }
         return false;

@@ -13,13 +13,13 @@
 namespace tessarin::viewer {
 
 bool SpinBehaviour::getSupportedEvents(std::list<agent::AgentEvent::_AgentEventEnum>& events) {
-    events.push_back(agent::AgentEvent::PRE_PHYSICS_TICK);
+    events.push_back(agent::AgentEvent::PRE_PHYSICS_UPDATE);
     return true;
 }
 
-void SpinBehaviour::prePhysicsTick() {
+void SpinBehaviour::prePhysicsUpdate() {
     const gmtl::Quat<double> now = getAgentNode()->getRotation();
-    const osg::Quat turn(osg::DegreesToRadians(fields.degreesPerSecond) * SimulationTime::tick,
+    const osg::Quat turn(osg::DegreesToRadians(fields.degreesPerSecond) * SimulationTime::sinceFrame,
                          osg::Vec3d(fields.axis[0], fields.axis[1], fields.axis[2]));
     osg::Quat next = turn * osg::Quat(now[0], now[1], now[2], now[3]);
     next /= next.length(); // thousands of small turns would add up their rounding

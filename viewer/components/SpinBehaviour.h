@@ -14,7 +14,7 @@ class SpinBehaviour : public agent::BehaviourComponent {
 public:
     const char* getClassName() override { return "SpinBehaviour"; }
     bool getSupportedEvents(std::list<agent::AgentEvent::_AgentEventEnum>& events) override;
-    void prePhysicsTick() override;
+    void prePhysicsUpdate() override;
     void update() override {}
     agent::AccessorWithObject getAccessor(const std::string& fieldName) override;
     void getFieldNames(std::list<std::string>& names) override;
