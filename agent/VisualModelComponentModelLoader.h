@@ -12,6 +12,9 @@ namespace tessarin::agent {
 /// How VisualModelComponents read their models. A host installs one with VisualModelComponent::setModelLoader before
 /// the first model is loaded: this one, which reads whatever OpenSceneGraph reads, or one of its own derived from it,
 /// to look elsewhere, cache or prepare models.
+///
+/// What OpenSceneGraph reads includes scripts, which it runs, and addresses of servers, which it asks. Where documents
+/// come from others, a host installs PlainModelLoader instead.
 class TESSARIN_AGENT_EXPORT VisualModelComponentModelLoader {
 public:
     VisualModelComponentModelLoader() = default;

@@ -1,8 +1,13 @@
 #include <tests/agent/AgentTest.h>
 
+#include <agent/PlainModelLoader.h>
+
+#include <osg/ProxyNode>
 #include <osgDB/WriteFile>
 
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 
 namespace tessarin::agent {
 namespace {
@@ -58,6 +63,41 @@ TEST_F(VisualModel, HoldsTheModelAndSendsOnlyColladaFilesToTheWorld) {
     EXPECT_NE(VisualModelComponentModelLoader().loadModel(file), nullptr);
     std::remove(file.c_str());
     EXPECT_EQ(VisualModelComponentModelLoader().loadModel(file), nullptr);
+}
+
+TEST_F(VisualModel, APlainLoaderKeepsOpenSceneGraphFromRunningScriptsAndAskingServers) {
+    const std::string trace = testing::TempDir() + "tessarin_trace", script = trace + ".lua", proxy = trace + ".osgt";
+    std::ofstream(script) << "io.open('" << trace << "', 'w'):close()";
+    const osg::ref_ptr<osg::ProxyNode> other = new osg::ProxyNode;
+    other->setFileName(0, script);
+    ASSERT_TRUE(osgDB::writeNodeFile(*other, proxy));
+
+    VisualModelComponentModelLoader().loadModel(script);
+    EXPECT_EQ(std::remove(trace.c_str()), 0) << "OpenSceneGraph runs no scripts any more, so there is nothing to test";
+    {
+        PlainModelLoader plain;
+        VisualModelComponent::setModelLoader(&plain);
+        const auto lines = [&](const std::string& path) {
+            EXPECT_EQ(load(path)->getModel() != nullptr, path == proxy);
+            return log.takeErrors();
+        };
+        EXPECT_THAT(lines(script), ElementsAre(testing::AllOf(testing::HasSubstr(script + ": "),
+                                                              testing::HasSubstr("known are 3ds, ac, dae, "))));
+        EXPECT_THAT(lines(proxy), ElementsAre(testing::HasSubstr(script + ": ")));
+        for (const char* const path :
+             {"http://127.0.0.1:9/x.dae", "file:///x.dae", "/dev.dae", "/dev/null", "x.dae.gz"})
+            EXPECT_THAT(lines(path), ElementsAre(testing::StartsWith(path + std::string(": ")))) << path;
+        const std::string folder = trace + ".dae";
+        std::filesystem::create_directory(folder);
+        EXPECT_THAT(lines(folder), ElementsAre(folder + ": no regular file, it isn't read"));
+        std::filesystem::remove(folder);
+        EXPECT_FALSE(std::filesystem::exists(trace));
+        VisualModelComponent::setModelLoader(&loader);
+    }
+    VisualModelComponentModelLoader().loadModel(script);
+    EXPECT_EQ(std::remove(trace.c_str()), 0) << "nothing is left of a loader that has ended";
+    std::remove(script.c_str());
+    std::remove(proxy.c_str());
 }
 
 TEST_F(VisualModel, PhysicsBecomeChildrenAndJointComponents) {
