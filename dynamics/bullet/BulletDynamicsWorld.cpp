@@ -80,13 +80,14 @@ MadeBody addBody(const collada::BodyInstance& instance, const Affine& placement,
     return {raw, parts.stretch};
 }
 
-void makeAll(const std::string& filePath, const Affine& placement, const std::shared_ptr<WorldCore>& core, Made& made) {
+void makeAll(const std::string& filePath, const Affine& placement, const LoadLimits& limits,
+             const std::shared_ptr<WorldCore>& core, Made& made) {
     collada::Document document(filePath);
     const collada::Element* root = document.load();
     if (!root) {
         return;
     }
-    const collada::Physics physics = collada::PhysicsReader(document, *root).read();
+    const collada::Physics physics = collada::PhysicsReader(document, *root, limits).read();
     if (physics.gravity) {
         core->setGravity(*physics.gravity);
     }
@@ -119,7 +120,7 @@ void BulletDynamicsWorld::loadScene(const std::string& filePath, const gmtl::Mat
                                     DynamicsBodyFunctor& functor) {
     Made made;
     try {
-        makeAll(filePath, fromGmtl(placement), core, made);
+        makeAll(filePath, fromGmtl(placement), loadLimits, core, made);
     } catch (const std::exception& problem) {
         TESSARIN_LOG(logCategory(), Logger::errorLevel,
                      "no physics read from '" << filePath << "': " << problem.what());

@@ -3,6 +3,7 @@
 #include <dynamics/DynamicsWorld.h>
 #include <dynamics/bullet/BulletContact.h>
 #include <dynamics/bullet/Export.h>
+#include <dynamics/bullet/LoadLimits.h>
 
 #include <gmtl/Vec.h>
 
@@ -39,9 +40,15 @@ public:
     /// taken out of the pose and applied to the shapes. Gravity of a file becomes the world's: of several files, that
     /// of the last one that names one; it is turned with the file's up-axis and not by `placement`. The time step of a
     /// file becomes the world's fixed step likewise. What is wrong in a
-    /// file is logged at level 300 in the category "dynamics" and left out; the rest comes in.
+    /// file is logged at level 300 in the category "dynamics" and left out; the rest comes in. Of a path that leads to
+    /// no regular file, and of a file that would become more than the limits allow, nothing comes in, and one line says
+    /// so.
     void loadScene(const std::string& filePath, const gmtl::Matrix<double, 4, 4>& placement,
                    DynamicsBodyFunctor& functor) override;
+
+    /// What files may become from now on.
+    void setLoadLimits(const LoadLimits& limits) { loadLimits = limits; }
+    const LoadLimits& getLoadLimits() const { return loadLimits; }
 
     /// Runs as many whole fixed steps as fit into the time given plus what earlier calls left over.
     ///
@@ -71,6 +78,7 @@ public:
 
 private:
     std::shared_ptr<WorldCore> core;
+    LoadLimits loadLimits;
 };
 
 } // namespace tessarin::dynamics::bullet

@@ -4,6 +4,7 @@
 #include <dynamics/bullet/DynamicsLog.h>
 
 #include <charconv>
+#include <filesystem>
 #include <utility>
 
 namespace tessarin::dynamics::bullet::collada {
@@ -37,6 +38,14 @@ Document::Document(std::string filePath) : path(std::move(filePath)) {
 }
 
 const Element* Document::load() {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+        // Reading from a pipe or a device might never end.
+        TESSARIN_LOG(logCategory(), logging::Logger::errorLevel,
+                     "no physics read from '" << path << "': it is no regular file");
+        return nullptr;
+    }
     if (reader.parse(path, false) != xml_parser::AbstractXMLReader::SUCCESS || !reader.getRoot()) {
         TESSARIN_LOG(logCategory(), logging::Logger::errorLevel,
                      "no physics read from '" << path << "': " << reader.getErrorMessage());

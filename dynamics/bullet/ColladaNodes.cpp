@@ -2,6 +2,7 @@
 
 #include <dynamics/bullet/ColladaNumbers.h>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 #include <vector>
@@ -115,7 +116,7 @@ Nodes::Nodes(const Document& file, const Element& root) : document(file) {
     }
     for (const Element* library : childrenOf(&root, "library_visual_scenes")) {
         for (const Element* scene : childrenOf(library, "visual_scene")) {
-            places.emplace(scene, Place{turn, nullptr});
+            places.emplace(scene, Place{turn, nullptr, 0, 0});
             visitAll(scene, turn);
         }
     }
@@ -134,18 +135,22 @@ void Nodes::visit(const Element& first, const Affine& firstParentToWorld) {
     // A node that has a place already isn't entered again: that keeps nodes that instance each other from going round.
     struct Open {
         const Element* node;
-        Place parent;
+        Place* parent;
     };
-    std::vector<Open> open = {{&first, {firstParentToWorld, nullptr}}};
+    std::vector<Open> open = {{&first, nullptr}};
+    std::vector<Place*> visited;
     while (!open.empty()) {
         const auto [node, parent] = open.back();
         open.pop_back();
-        const auto [place, isNew] = places.emplace(node, Place{Affine(), parent.parent});
+        const auto [place, isNew] = places.emplace(node, Place());
         if (!isNew) {
             continue;
         }
-        const Affine toWorld = parent.toWorld * placementOf(document, *node);
-        place->second.toWorld = toWorld;
+        Place* const self = &place->second;
+        self->toWorld = (parent ? parent->toWorld : firstParentToWorld) * placementOf(document, *node);
+        self->parent = parent;
+        self->number = self->last = places.size();
+        visited.push_back(self);
         for (const char* attribute : {"name", "sid"}) {
             const std::string name = node->getAttributeValue(attribute);
             if (!name.empty()) {
@@ -159,7 +164,13 @@ void Nodes::visit(const Element& first, const Affine& firstParentToWorld) {
             }
         }
         for (auto child = below.rbegin(); child != below.rend(); ++child) {
-            open.push_back({*child, {toWorld, node}});
+            open.push_back({*child, self});
+        }
+    }
+    // All that is below a node was visited before anything else was.
+    for (auto place = visited.rbegin(); place != visited.rend(); ++place) {
+        if (Place* const parent = (*place)->parent) {
+            parent->last = std::max(parent->last, (*place)->last);
         }
     }
 }
@@ -191,12 +202,13 @@ Affine Nodes::nodeToWorld(const Element& node) const {
 }
 
 bool Nodes::isWithin(const Element& node, const Element& other) const {
-    const Element* above = &node;
-    while (above && above != &other) {
-        const auto place = places.find(above);
-        above = place == places.end() ? nullptr : place->second.parent;
+    if (&node == &other) {
+        return true;
     }
-    return above != nullptr;
+    const auto place = places.find(&node);
+    const auto around = places.find(&other);
+    return place != places.end() && around != places.end() && around->second.number > 0 &&
+           around->second.number <= place->second.number && place->second.number <= around->second.last;
 }
 
 std::string Nodes::nameOf(const Element& node) {

@@ -3,6 +3,7 @@
 #include <dynamics/bullet/Affine.h>
 #include <dynamics/bullet/ColladaDocument.h>
 
+#include <cstddef>
 #include <string>
 #include <unordered_map>
 
@@ -45,7 +46,11 @@ private:
     const Document& document;
     struct Place {
         Affine toWorld;
-        const Element* parent = nullptr;
+        Place* parent = nullptr;
+
+        /// In the order of the visit, from 1 on, and that of the last one below it; 0 for a scene.
+        std::size_t number = 0;
+        std::size_t last = 0;
     };
 
     std::unordered_map<const Element*, Place> places;

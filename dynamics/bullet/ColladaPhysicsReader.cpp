@@ -1,6 +1,7 @@
 #include <dynamics/bullet/ColladaPhysicsReader.h>
 
 #include <dynamics/bullet/ColladaAnimations.h>
+#include <dynamics/bullet/ColladaCount.h>
 #include <dynamics/bullet/ColladaMaterials.h>
 #include <dynamics/bullet/ColladaNumbers.h>
 #include <dynamics/bullet/ColladaShapes.h>
@@ -11,12 +12,6 @@
 namespace tessarin::dynamics::bullet::collada {
 
 namespace {
-
-/// Models that each hold two of the next one grow beyond all bounds in a few lines.
-constexpr int maxModelInstances = 10000;
-
-/// How deep models may be nested: each level takes some of the stack.
-constexpr std::size_t maxModelDepth = 256;
 
 /// Of what a file may ask for, in seconds.
 constexpr double shortestStep = 1e-5;
@@ -32,11 +27,12 @@ const Element* propertiesOf(const Element& element) {
 
 } // namespace
 
-PhysicsReader::PhysicsReader(const Document& file, const Element& rootElement)
-    : document(file), root(rootElement), nodes(file, rootElement), meshes(file), models(file, rootElement),
-      constraints(file, models, nodes) {}
+PhysicsReader::PhysicsReader(const Document& file, const Element& rootElement, const LoadLimits& loadLimits)
+    : document(file), root(rootElement), limits(loadLimits), nodes(file, rootElement), meshes(file),
+      models(file, rootElement), constraints(file, models, nodes) {}
 
 Physics PhysicsReader::read() {
+    Counter(document).check(root, limits);
     const Element* upAxis = childOf(childOf(&root, "asset"), "up_axis");
     if (upAxis && trimmed(upAxis->text) == "X_UP") {
         document.complain(*upAxis,
@@ -92,12 +88,7 @@ void PhysicsReader::readInstances(const Element& instance, const Scope& scope) {
 }
 
 void PhysicsReader::readModelInstance(const Element& instance, const Scope& outer) {
-    if (++modelInstances >= maxModelInstances) {
-        if (modelInstances == maxModelInstances) {
-            document.complain(instance, "there are too many instances of physics models, the rest is left out");
-        }
-        return;
-    }
+    requireAtMost(limits.modelInstances, ++modelInstances, "instances of physics models");
     const Element* model = document.find(instance.getAttributeValue("url"), "physics_model");
     if (!model) {
         document.complain(instance, "there is no such physics model");
@@ -206,6 +197,7 @@ void PhysicsReader::readBodyInstance(const Element& instance, const Scope& scope
     }
     readProperties(overrides, result.body);
     readMotion(overrides, result);
+    countShapes(result.body);
     constraints.addBody(found.scope, body, *node, physics.bodies.size());
     bodyNodes.insert(node);
     physics.bodies.push_back(std::move(result));
@@ -242,6 +234,18 @@ void PhysicsReader::readProperties(const Element* technique, RigidBody& body) {
             body.shapes.push_back(std::move(*shape));
         }
     }
+}
+
+void PhysicsReader::countShapes(const RigidBody& body) {
+    for (const Shape& shape : body.shapes) {
+        const auto* mesh = std::get_if<MeshShape>(&shape.geometry);
+        if (mesh && mesh->mesh) {
+            triangleCount += static_cast<double>(mesh->mesh->vertices.size() + mesh->mesh->triangles.size());
+        }
+    }
+    shapeCount += static_cast<double>(body.shapes.size());
+    requireAtMost(limits.shapes, shapeCount, "shapes");
+    requireAtMost(limits.triangles, triangleCount, "triangles and vertices");
 }
 
 void PhysicsReader::readMotion(const Element* technique, BodyInstance& instance) const {

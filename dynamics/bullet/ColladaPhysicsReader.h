@@ -6,6 +6,7 @@
 #include <dynamics/bullet/ColladaModels.h>
 #include <dynamics/bullet/ColladaNodes.h>
 #include <dynamics/bullet/ColladaPhysics.h>
+#include <dynamics/bullet/LoadLimits.h>
 
 #include <set>
 #include <vector>
@@ -16,8 +17,9 @@ namespace tessarin::dynamics::bullet::collada {
 /// left out.
 class PhysicsReader {
 public:
-    PhysicsReader(const Document& document, const Element& root);
+    PhysicsReader(const Document& document, const Element& root, const LoadLimits& limits);
 
+    /// @throws std::runtime_error if there would be more than the limits allow.
     Physics read();
 
 private:
@@ -50,17 +52,21 @@ private:
 
     /// Reads a `technique_common` of a `rigid_body` or of its instance over what is known already.
     void readProperties(const Element* technique, RigidBody& body);
+    void countShapes(const RigidBody& body);
     void readMotion(const Element* technique, BodyInstance& instance) const;
 
     const Document& document;
     const Element& root;
+    const LoadLimits limits;
     Nodes nodes;
     Meshes meshes;
     Models models;
     Constraints constraints;
     std::set<const Element*> openModels;
     std::set<const Element*> bodyNodes;
-    int modelInstances = 0;
+    double modelInstances = 0;
+    double shapeCount = 0;
+    double triangleCount = 0;
     Physics physics;
 };
 

@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <tuple>
 
@@ -221,6 +222,73 @@ TEST(Failures, ModelsThatAreNestedWithoutEndEndWithALine) {
     doubles::LogCapture log("dynamics");
     EXPECT_EQ(LoadedWorld(scene).bodies.size(), 1U);
     EXPECT_THAT(log.takeErrors(), ElementsAre(HasSubstr("too deeply")));
+}
+
+TEST(Failures, AFileThatWouldBecomeTooMuchEndsWithOneLineAndNothingOfItComesIn) {
+    ColladaScene scene;
+    scene.geometries = geometry("tent", "0 0 0 1 0 0 0 1 0 0 0 1", faces("triangles", "<p>0 1 2 0 3 1</p>"));
+    scene.add("a", "", ball()).add("b", "<translate>9 0 0</translate>", ball() + ball(2)).add("c", "", mesh("tent"));
+    addConstraint(scene, "joint", {refAttachment("a"), attachment("b")});
+    const std::string text = scene.text();
+    const std::tuple<double LoadLimits::*, double, const char*> enough[] = {
+        {&LoadLimits::modelInstances, 1, "instances of physics models"},
+        {&LoadLimits::bodies, 3, "bodies"},
+        {&LoadLimits::joints, 1, "joints"},
+        {&LoadLimits::shapes, 4, "shapes"},
+        {&LoadLimits::triangles, 6, "triangles"}};
+    doubles::LogCapture log("dynamics");
+    const auto expectNothing = [&](const std::string& file, const LoadLimits& limits, const char* message) {
+        LoadedWorld loaded;
+        loaded.world->setLoadLimits(limits);
+        log.take();
+        loaded.load(file);
+        EXPECT_THAT(log.takeErrors(), ElementsAre(AllOf(HasSubstr(".dae"), HasSubstr(message))));
+        EXPECT_TRUE(loaded.bodies.empty() && loaded.joints.empty() && loaded.world->getGravity()[2] == 0);
+    };
+    for (const auto& [member, count, message] : enough) {
+        SCOPED_TRACE(message);
+        LoadLimits limits;
+        limits.*member = count;
+        LoadedWorld loaded;
+        loaded.world->setLoadLimits(limits);
+        loaded.load(text);
+        EXPECT_TRUE(loaded.bodies.size() == 3 && loaded.joints.size() == 1);
+        limits.*member = count - 1;
+        expectNothing(text, limits, message);
+    }
+
+    // Ten by ten, nine levels deep; bodies by the thousand in each of a thousand instances.
+    const auto manyOf = [](const std::string& part, int count) {
+        std::string all;
+        for (int i = 0; i < count; ++i) {
+            all += part;
+        }
+        return all;
+    };
+    ColladaScene wide, deep;
+    wide.add("ball", "", ball());
+    wide.bodies += manyOf("<instance_physics_model url='#m0'/>", 1000);
+    wide.models = "<physics_model id='m0'><instance_physics_model url='#model'>" +
+                  manyOf("<instance_rigid_body body='ball' target='#ball'/>", 1000) +
+                  "</instance_physics_model></physics_model>";
+    deep.bodies = "<instance_physics_model url='#m0'/>";
+    for (int i = 0; i < 9; ++i) {
+        deep.models += "<physics_model id='m" + std::to_string(i) + "'>" +
+                       manyOf("<instance_physics_model url='#m" + std::to_string(i + 1) + "'/>", 10) +
+                       "</physics_model>";
+    }
+    expectNothing(deep.text(), LoadLimits(), "1111111112 instances of physics models");
+    expectNothing(wide.text(), LoadLimits(), "1000001 bodies");
+}
+
+TEST(Failures, APathThatLeadsToNoRegularFileIsNotWaitedFor) {
+    const ScratchFile file("");
+    std::filesystem::remove(file.path);
+    ASSERT_EQ(::mkfifo(file.path.c_str(), 0600), 0);
+    doubles::LogCapture log("dynamics");
+    LoadedWorld loaded;
+    loaded.world->loadScene(file.path, Pose(), loaded);
+    EXPECT_THAT(log.takeErrors(), ElementsAre(AllOf(HasSubstr(file.path), HasSubstr("no regular file"))));
 }
 
 TEST(Failures, AMovingConcaveMeshSaysThatItsHullIsTaken) {
