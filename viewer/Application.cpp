@@ -3,6 +3,7 @@
 #include <viewer/Digest.h>
 #include <viewer/FrameLoop.h>
 #include <viewer/Framing.h>
+#include <viewer/ModelLoader.h>
 #include <viewer/Scene.h>
 #include <viewer/Session.h>
 #include <viewer/SimulationTime.h>
@@ -104,6 +105,7 @@ void Application::runScene(const Options& options, osg::ApplicationUsage& usage)
     if (!options.snapshot.empty())
         requirePictureFormat(options.snapshot);
 
+    ModelLoader::instance().setLimits(ModelLimits().times(options.limits));
     const Bindings bindings = readBindings(options);
     Scene scene(options.file, options.patches);
     const std::unique_ptr<Window> window = openWindow(options, scene, usage);

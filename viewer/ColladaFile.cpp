@@ -1,20 +1,22 @@
 #include <viewer/ColladaFile.h>
 
 #include <viewer/BodyNodes.h>
+#include <viewer/ModelReading.h>
+#include <viewer/PictureCheck.h>
 #include <viewer/ShapeGeometry.h>
 #include <viewer/ViewerError.h>
 
 #include <xml_parser/XMLNode.h>
 
 #include <osg/ComputeBoundsVisitor>
-#include <osgDB/FileNameUtils>
 #include <osgDB/ReadFile>
 #include <osgDB/Registry>
 
+#include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <sstream>
-#include <unordered_map>
-#include <vector>
+#include <utility>
 
 namespace tessarin::viewer {
 
@@ -36,79 +38,53 @@ std::string unescaped(const std::string& text) {
     return result;
 }
 
-using NodesByUrl = std::unordered_map<std::string, const XMLNode*>;
-
-void collectNodes(const XMLNode& element, NodesByUrl& nodes) {
-    if (element.tag == "node")
-        nodes.emplace("#" + element.getAttributeValue("id"), &element);
-    for (int i = 0; i < element.getNumChildren(); ++i)
-        collectNodes(*element.getChild(i), nodes);
-}
-
-/// A node that holds an instance of itself, directly or by way of others; null if there is none.
-const XMLNode* findNodeInItself(const XMLNode& root) {
-    NodesByUrl nodes;
-    collectNodes(root, nodes);
-    std::unordered_map<const XMLNode*, bool> isAbove; // what comes next, of each element that has been met
-    std::vector<const XMLNode*> open = {&root};
-    while (!open.empty()) {
-        const XMLNode& element = *open.back();
-        const auto [above, isNew] = isAbove.emplace(&element, true);
-        if (!isNew) {
-            above->second = false; // all that it holds has been seen
-            open.pop_back();
-            continue;
-        }
-        std::vector<const XMLNode*> below;
-        below.reserve(static_cast<std::size_t>(element.getNumChildren()) + 1);
-        for (int i = 0; i < element.getNumChildren(); ++i)
-            below.push_back(element.getChild(i));
-        const auto instanced =
-            element.tag == "instance_node" ? nodes.find(element.getAttributeValue("url")) : nodes.end();
-        if (instanced != nodes.end())
-            below.push_back(instanced->second);
-        for (const XMLNode* next : below) {
-            const auto met = isAbove.find(next);
-            if (met == isAbove.end())
-                open.push_back(next);
-            else if (met->second)
-                return next;
-        }
-    }
-    return nullptr;
+bool isRemote(const std::string& reference) {
+    const std::size_t end = reference.find("://");
+    return end != std::string::npos && end > 0 && reference.compare(0, end, "file") != 0 &&
+           std::all_of(reference.begin(), reference.begin() + static_cast<std::ptrdiff_t>(end),
+                       [](unsigned char c) { return std::isalnum(c) || c == '+' || c == '-' || c == '.'; });
 }
 
 } // namespace
 
-ColladaFile::ColladaFile(const std::filesystem::path& file) : path(file), reader(file) {
+ColladaFile::ColladaFile(const std::filesystem::path& file, const ModelLimits& modelLimits)
+    : path(file), limits(modelLimits), reader(file) {
     XMLNode& root = *reader.getRoot();
     if (root.tag != "COLLADA")
         throw ViewerError(path.string() + ": no COLLADA file, its root element is " + root.tag);
-    // OpenSceneGraph would follow that until the stack ends.
-    if (const XMLNode* const node = findNodeInItself(root))
-        throw ViewerError(path.string() + ": the node " + node->getAttributeValue("id") + " contains itself");
+    try {
+        checkPicture(root, limits);
+    } catch (const ViewerError& error) {
+        throw ViewerError(path.string() + ": " + error.what());
+    }
     collectBodyNodes(root);
     isChanged = turnConvexMeshesIntoMeshes(root);
     isChanged = instanceVisualScene(root) || isChanged;
+    dropRemoteReferences(root);
+    isChanged = isChanged || !remoteReference.empty();
 }
 
-osg::ref_ptr<osg::Node> ColladaFile::readModel() const {
-    osg::ref_ptr<osg::Node> model;
-    osgDB::ReaderWriter* const plugin =
-        isChanged ? osgDB::Registry::instance()->getReaderWriterForExtension("dae") : nullptr;
-    if (plugin) {
+osg::ref_ptr<osg::Node> ColladaFile::readPicture() const {
+    osgDB::ReaderWriter* const plugin = osgDB::Registry::instance()->getReaderWriterForExtension("dae");
+    if (!plugin)
+        throw ViewerError(path.string() + ": OpenSceneGraph's plugin for COLLADA files is missing");
+    const std::filesystem::path whole = std::filesystem::absolute(path);
+    return readInChild(path, limits, [&]() -> osg::ref_ptr<osg::Node> {
+        if (!remoteReference.empty())
+            tellParent(path.string() + ": refers to " + remoteReference + "; servers aren't asked for anything");
+        if (!isChanged)
+            return osgDB::readRefNodeFile(whole.string());
         const osg::ref_ptr<osgDB::Options> options = new osgDB::Options;
-        options->getDatabasePathList().push_back(path.parent_path().string());
+        options->getDatabasePathList().push_back(whole.parent_path().string());
         std::stringstream text;
         reader.getRoot()->printBranch(text, 0);
         text << '\0'; // the plugin copies the stream byte for byte and takes the copy for a C string
-        model = plugin->readNode(text, options).takeNode();
-    } else {
-        model = osgDB::readRefNodeFile(path.string());
-    }
-    if (!model)
-        return nullptr;
+        return plugin->readNode(text, options).getNode();
+    });
+}
 
+osg::ref_ptr<osg::Node> ColladaFile::readModel() const {
+    const osg::ref_ptr<osg::Node> model = readPicture();
     const ShapeGeometry shapeGeometry(*reader.getRoot());
     for (const auto& [id, nodePath] : findNodesById(*model, bodyNodeIds)) {
         osg::Group* const node = nodePath.back()->asGroup();
@@ -144,6 +120,19 @@ bool ColladaFile::instanceVisualScene(XMLNode& root) {
         return false;
     scene->addChild("instance_visual_scene")->attributes["url"] = "#" + first->getAttributeValue("id");
     return true;
+}
+
+// The plugin would ask the server that a reference names.
+void ColladaFile::dropRemoteReferences(XMLNode& element) {
+    for (const char* const name : {"url", "source", "target", "parent", "convex_hull_of"}) {
+        const auto reference = element.attributes.find(name);
+        if (reference != element.attributes.end() && isRemote(reference->second))
+            remoteReference = std::exchange(reference->second, "#");
+    }
+    if ((element.tag == "skeleton" || element.tag == "init_from") && isRemote(element.text))
+        remoteReference = std::exchange(element.text, {});
+    for (int i = 0; i < element.getNumChildren(); ++i)
+        dropRemoteReferences(*element.getChild(i));
 }
 
 // A convex mesh is written like a mesh, and OpenSceneGraph draws nothing but meshes.

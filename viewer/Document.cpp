@@ -90,7 +90,7 @@ Document::Document(const std::filesystem::path& file) : content(std::make_unique
             return;
         path = (folderOf(file) / path).lexically_normal().string();
         try {
-            ModelLoader::check(path);
+            ModelLoader::instance().check(path);
         } catch (const ViewerError& error) {
             throw ViewerError(file.string() + ": the model " + error.what());
         }

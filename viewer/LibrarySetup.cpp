@@ -25,8 +25,7 @@ void registerClass(const char* name) {
 } // namespace
 
 void setUpLibrary() {
-    static ModelLoader modelLoader;
-    agent::VisualModelComponent::setModelLoader(&modelLoader);
+    agent::VisualModelComponent::setModelLoader(&ModelLoader::instance());
 
     registerClass<DragComponent>("DragComponent");
     registerClass<FlashComponent>("FlashComponent");

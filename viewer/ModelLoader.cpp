@@ -2,6 +2,7 @@
 
 #include <viewer/BodyNodes.h>
 #include <viewer/ColladaFile.h>
+#include <viewer/ModelReading.h>
 #include <viewer/ViewerError.h>
 
 #include <osg/Geometry>
@@ -60,18 +61,21 @@ bool isCollada(const std::string& path) {
 
 } // namespace
 
+ModelLoader& ModelLoader::instance() {
+    static ModelLoader loader;
+    return loader;
+}
+
 osg::ref_ptr<osg::Node> ModelLoader::loadModel(const std::string& path) {
+    if (!isCollada(path) || !findFault(path).empty()) {
+        const osg::ref_ptr<osg::Node> model = PlainModelLoader::loadModel(path);
+        if (model)
+            tidy(*model);
+        return model;
+    }
     try {
-        if (!isCollada(path)) {
-            const osg::ref_ptr<osg::Node> model = VisualModelComponentModelLoader::loadModel(path);
-            if (model)
-                tidy(*model);
-            return model;
-        }
-        const ColladaFile file(path);
+        const ColladaFile file(path, limits);
         const osg::ref_ptr<osg::Node> model = file.readModel();
-        if (!model)
-            return nullptr;
         tidy(*model);
         return separateBodies(*model, file.getBodyNodeIds());
     } catch (const ViewerError&) {
@@ -81,8 +85,35 @@ osg::ref_ptr<osg::Node> ModelLoader::loadModel(const std::string& path) {
 
 void ModelLoader::check(const std::filesystem::path& path) {
     requireFile(path);
-    if (isCollada(path.string()))
-        ColladaFile{path};
+    if (const std::string fault = findFault(path.string()); !fault.empty())
+        throw ViewerError(fault);
+    readPicture(path.string(), nullptr);
+}
+
+osg::ref_ptr<osg::Node> ModelLoader::readPicture(const std::string& path, const osgDB::Options* options) {
+    if (isCollada(path))
+        return ColladaFile(path, limits).readPicture();
+    return readInChild(path, limits, [&, whole = std::filesystem::absolute(path).string()] {
+        return PlainModelLoader::readModel(whole, options);
+    });
+}
+
+osg::ref_ptr<osg::Node> ModelLoader::readModel(const std::string& path, const osgDB::Options* options) {
+    if (isReadingChild())
+        return PlainModelLoader::readModel(path, options);
+    try {
+        return readPicture(path, options);
+    } catch (const ViewerError& error) {
+        tell(error.what());
+        return nullptr;
+    }
+}
+
+void ModelLoader::tell(const std::string& line) {
+    if (isReadingChild())
+        tellParent(line);
+    else
+        PlainModelLoader::tell(line);
 }
 
 } // namespace tessarin::viewer

@@ -6,6 +6,7 @@
 #include <osg/ArgumentParser>
 
 #include <charconv>
+#include <cmath>
 #include <string_view>
 #include <tuple>
 #include <utility>
@@ -73,6 +74,13 @@ int readLogLevel(const std::string& text) {
     throw ViewerError("--log " + text + ": not one of off, error, warn, info and debug" + hint);
 }
 
+double readLimits(const std::string& text) {
+    const std::optional<double> factor = readNumber(text, 0.0);
+    if (factor && std::isfinite(*factor))
+        return *factor;
+    throw ViewerError("--limits " + text + ": not a number like 10" + hint);
+}
+
 using Setter = void (*)(Options&, const std::string& value);
 
 /// What to do with the value of an option; null if there is no such option.
@@ -86,6 +94,7 @@ Setter findSetter(std::string_view name) {
         {"--bindings", [](Options& options, const std::string& value) { options.bindings = value; }},
         {"--write-bindings", [](Options& options, const std::string& value) { options.bindingsToWrite = value; }},
         {"--point", [](Options& options, const std::string& value) { options.point = readPoint(value); }},
+        {"--limits", [](Options& options, const std::string& value) { options.limits = readLimits(value); }},
         {"--size", [](Options& options, const std::string& value) { readSize(value, options); }},
         {"--log", [](Options& options, const std::string& value) { options.logLevel = readLogLevel(value); }}};
     for (const auto& [option, setter] : setters)
@@ -165,6 +174,9 @@ void Options::describe(osg::ApplicationUsage& usage) {
                                "Move the cursor there at first, in pixels from the upper left corner. With --frames, "
                                "which otherwise takes no notice of the person, agents are found under it.");
     usage.addCommandLineOption("--size WxH", "Size of the picture in pixels. The default is 1280x720.");
+    usage.addCommandLineOption("--limits N",
+                               "Let models become N times as large as usual: 200,000 nodes, 50,000 bodies and 20 "
+                               "million triangles.");
     usage.addCommandLineOption("--log LEVEL", "What to log: off, error, warn, info or debug. The default is error.");
     usage.addCommandLineOption("-h or --help", "Print this help and end.");
     usage.addCommandLineOption("--version", "Print the version and end.");

@@ -37,6 +37,9 @@ struct Options {
     int height = 720;
     std::optional<int> logLevel;
 
+    /// Times the usual limits of what a model may become.
+    double limits = 1;
+
     /// Reads the command line and takes what it has read out of the parser.
     /// @throws ViewerError for an option that is unknown, lacks its value or has a bad one, and if FILE is missing.
     static Options parse(osg::ArgumentParser& arguments);

@@ -51,6 +51,9 @@ void requireFile(const std::filesystem::path& file) {
         throw ViewerError(file.string() + ": no such file");
     if (std::filesystem::is_directory(status))
         throw ViewerError(file.string() + ": is a folder, not a file");
+    // Reading from a pipe or a device might never end.
+    if (!std::filesystem::is_regular_file(status))
+        throw ViewerError(file.string() + ": no regular file, it isn't read");
 }
 
 } // namespace tessarin::viewer

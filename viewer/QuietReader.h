@@ -14,7 +14,7 @@ public:
     explicit QuietReader(const std::filesystem::path& file);
 };
 
-/// @throws ViewerError if there is no such file, or it is a folder.
+/// @throws ViewerError if there is no such file, or no regular one.
 void requireFile(const std::filesystem::path& file);
 
 } // namespace tessarin::viewer

@@ -4,6 +4,7 @@
 #include <viewer/Document.h>
 #include <viewer/LibrarySetup.h>
 #include <viewer/ModelLoader.h>
+#include <viewer/ModelReading.h>
 #include <viewer/ViewerError.h>
 #include <viewer/components/BodyOfAgent.h>
 
@@ -148,7 +149,7 @@ void showModel(AgentNode& root) {
 }
 
 std::unique_ptr<AgentNode> loadModel(const std::filesystem::path& file) {
-    ModelLoader::check(file);
+    ModelLoader::instance().check(file);
     const std::unique_ptr<XMLNode> document = Document::ofModel(file, file.stem().string());
     std::unique_ptr<AgentNode> root(AgentNode::createFromXml(document.get()));
     if (!modelOf(*root)->getModel())
@@ -198,6 +199,7 @@ void Scene::reload() {
 }
 
 void Scene::apply(const std::filesystem::path& patch) {
+    const ModelPass pass;
     applyDocument(getRoot(), patch);
 }
 
@@ -215,7 +217,9 @@ dynamics::bullet::BulletDynamicsWorld& Scene::getWorld() {
 }
 
 std::unique_ptr<Scene::Content> Scene::load() const {
+    const ModelPass pass;
     auto fresh = std::make_unique<Content>();
+    fresh->world->setLoadLimits(ModelLoader::instance().getLimits().ofPhysics());
     WorldInUse use(*fresh->world);
     const bool isDocument = osgDB::getLowerCaseFileExtension(file.string()) == "xml";
     fresh->root = isDocument ? loadDocument(file) : loadModel(file);

@@ -22,7 +22,7 @@ TEST_F(ApplicationTest, HelpListsEveryOptionAndVersionIsTold) {
     EXPECT_EQ(run({"--help"}), 0);
     for (const char* option : {"--frames N", "--snapshot FILE.png", "--write FILE.xml", "--digest", "--patch FILE.xml",
                                "--watch FILE.xml", "--bindings FILE.xml", "--write-bindings FILE.xml", "--point X,Y",
-                               "--size WxH", "--log LEVEL", "--help", "--version"})
+                               "--limits N", "--size WxH", "--log LEVEL", "--help", "--version"})
         EXPECT_THAT(out.str(), HasSubstr(option));
     EXPECT_EQ(run({"--version"}), 0);
     EXPECT_THAT(out.str(), testing::MatchesRegex("tessarin_viewer [0-9]+\\.[0-9]+\\.[0-9]+\n"));
@@ -54,7 +54,7 @@ TEST_F(ApplicationTest, BadFilesEndWithOneLineThatNamesThePlace) {
                "'/></Component></AgentNode>";
     };
     const std::string place = folder.string() + "/",
-                      unreadable = ": neither an agent document nor a model that can be read";
+                      unknown = ": no model of a known kind, it isn't read; known are 3ds, ";
     const std::tuple<const char*, std::string, std::string> rows[] = {
         // file, content, the line from its name on
         {"broken.xml", "<AgentNode>\n  <Component>\n</AgentNode>\n", ":3:"},
@@ -66,11 +66,11 @@ TEST_F(ApplicationTest, BadFilesEndWithOneLineThatNamesThePlace) {
          "<node><instance_node url='#c'/><instance_node url='#a'/></node></node><node "
          "id='c'/></library_nodes></COLLADA>",
          ": the node b contains itself"},
-        {"plain.foo", "hello", unreadable},
-        {"empty.dae", "<COLLADA version='1.4.1'/>", unreadable},
+        {"plain.foo", "hello", unknown},
+        {"empty.dae", "<COLLADA version='1.4.1'/>", ": can't be read"},
         {"a.xml", naming("broken.dae"), ": the model " + place + "broken.dae:2:"},
         {"b.xml", naming("missing.dae"), ": the model " + place + "missing.dae: no such file"},
-        {"c.xml", naming("plain.foo"), ": the model " + place + "plain.foo can't be read"}};
+        {"c.xml", naming("plain.foo"), ": the model " + place + "plain.foo" + unknown}};
     for (const auto& [name, content, line] : rows)
         EXPECT_THAT(failure({"--frames", "1", write(name, content).string()}), StartsWith(place + name + line));
     for (const char* missing : {"missing.xml", "missing.dae"})
