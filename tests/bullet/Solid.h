@@ -8,13 +8,17 @@
 #include <osg/Vec3d>
 
 #include <cmath>
+#include <iomanip>
+#include <sstream>
 #include <string>
 #include <vector>
 
 namespace tessarin::dynamics::bullet {
 
 inline std::string textOf(const osg::Vec3d& v) {
-    return std::to_string(v.x()) + " " + std::to_string(v.y()) + " " + std::to_string(v.z());
+    std::ostringstream text;
+    text << std::setprecision(12) << v.x() << ' ' << v.y() << ' ' << v.z();
+    return text.str();
 }
 
 inline osg::Vec3d vectorOf(const gmtl::Vec<double, 3>& v) {
