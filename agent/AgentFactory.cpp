@@ -4,7 +4,7 @@
 
 namespace tessarin::agent {
 
-AgentNode* AgentFactory::rootAgent = nullptr;
+AgentNodeHandle AgentFactory::rootAgent;
 osg::ref_ptr<osg::Group> AgentFactory::sceneData;
 
 AgentFactory::AgentFactory(const std::string& newFactoryName, const std::string& newAgentName)

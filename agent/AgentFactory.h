@@ -1,5 +1,6 @@
 #pragma once
 
+#include <agent/AgentNodeHandle.h>
 #include <agent/Export.h>
 #include <agent/Forward.h>
 
@@ -34,7 +35,7 @@ public:
 
     virtual const std::string& getFactoryName() const;
 
-    /// The host's root agent; null until it is set. Not owned.
+    /// The host's root agent; null until it is set, and when the agent is gone. Not owned.
     /// @{
     static AgentNode* getRootAgent();
     static void setRootAgent(AgentNode* agent);
@@ -51,7 +52,7 @@ protected:
     /// @return its argument.
     virtual AgentNode* addAgent(AgentNode* agent);
 
-    static AgentNode* rootAgent;
+    static AgentNodeHandle rootAgent;
     static osg::ref_ptr<osg::Group> sceneData;
 
 private:

@@ -14,8 +14,9 @@
 namespace tessarin::agent {
 
 /// The text form of a field's type, as documents hold it. Accessor<T> works for each type for which this is
-/// specialised: text, bool ("true" or "false"), the arithmetic types, and GMTL's vectors and quaternions (numbers
-/// joined by blanks). Numbers take no notice of locales and have digits enough to come back equal.
+/// specialised: text, bool ("true" or "false"), the arithmetic types (a character is its number), and GMTL's vectors
+/// and quaternions (numbers joined by blanks). Numbers take no notice of locales and have digits enough to come back
+/// equal.
 ///
 /// A host adds a type of its own by specialising the template with two static functions:
 /// @code
@@ -41,8 +42,23 @@ struct FieldText<std::string> {
 namespace detail {
 
 template <class T>
-constexpr bool isWideCharacter =
-    std::is_same_v<T, wchar_t> || std::is_same_v<T, char16_t> || std::is_same_v<T, char32_t>;
+constexpr bool isWideCharacter = std::is_same_v<T, wchar_t> || std::is_same_v<T, char16_t> ||
+#ifdef __cpp_char8_t
+                                 std::is_same_v<T, char8_t> ||
+#endif
+                                 std::is_same_v<T, char32_t>;
+
+/// The type in which a number is converted: the standard library's conversions leave out these types of characters.
+template <class Number, bool = isWideCharacter<Number>>
+struct Converted {
+    using Type = Number;
+};
+
+template <class Character>
+struct Converted<Character, true> {
+    using Type = typename std::conditional_t<std::is_signed_v<Character>, std::make_signed<Character>,
+                                             std::make_unsigned<Character>>::type;
+};
 
 constexpr std::string_view fieldBlanks = " \t\r\n";
 
@@ -67,7 +83,7 @@ template <class Number>
 bool readNumber(std::string_view word, Number& value) {
     if (word.size() > 1 && word[0] == '+' && word[1] != '-')
         word.remove_prefix(1);
-    Number number{};
+    typename Converted<Number>::Type number{};
     const char* const end = word.data() + word.size();
     const auto [stop, error] = std::from_chars(word.data(), end, number);
     if constexpr (std::is_same_v<Number, long double>) {
@@ -76,14 +92,15 @@ bool readNumber(std::string_view word, Number& value) {
     }
     if (error != std::errc() || stop != end)
         return false;
-    value = number;
+    value = static_cast<Number>(number);
     return true;
 }
 
 template <class Number>
 void appendNumber(std::string& text, Number value) {
     char buffer[64];
-    const auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, value);
+    const auto [end, error] =
+        std::to_chars(buffer, buffer + sizeof buffer, static_cast<typename Converted<Number>::Type>(value));
     if (error == std::errc())
         text.append(buffer, end);
 }
@@ -128,7 +145,7 @@ struct FieldText<bool> {
 };
 
 template <class Number>
-struct FieldText<Number, std::enable_if_t<std::is_arithmetic_v<Number> && !detail::isWideCharacter<Number>>> {
+struct FieldText<Number, std::enable_if_t<std::is_arithmetic_v<Number>>> {
     static std::string write(Number value) {
         std::string text;
         detail::appendNumber(text, value);

@@ -22,7 +22,8 @@ public:
     /// A copy sees the joint and doesn't own it; it reads null once the joint is deleted.
     JointComponent(const JointComponent&) = default;
 
-    /// As the copy constructor. A joint that was owned isn't deleted: it belongs to the caller.
+    /// As the copy constructor. Another joint that was owned isn't deleted: it belongs to the caller, and earlier
+    /// copies of this component read null.
     JointComponent& operator=(const JointComponent&) = default;
 
     /// Deletes the joint.

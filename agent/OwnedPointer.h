@@ -14,12 +14,15 @@ public:
     OwnedPointer(const OwnedPointer& other) : object(other.object) {}
     ~OwnedPointer() { destroy(); }
 
-    /// Sees what the other holds. What was owned is no longer: it belongs to the caller.
+    /// Sees what the other holds. What was owned before belongs to the caller, and copies of this holder read null,
+    /// since nobody tells them when the caller deletes it. Nothing changes if both hold the same object.
     OwnedPointer& operator=(const OwnedPointer& other) {
-        if (this != &other) {
-            object = other.object;
-            owner = false;
-        }
+        if (object == other.object)
+            return *this;
+        if (isOwner())
+            *object = nullptr;
+        object = other.object;
+        owner = false;
         return *this;
     }
 

@@ -25,7 +25,7 @@ RigidBodyComponent::~RigidBodyComponent() = default;
 RigidBodyComponent& RigidBodyComponent::operator=(const RigidBodyComponent& other) {
     if (this == &other)
         return *this;
-    if (body.isOwner())
+    if (body.isOwner() && body.get() != other.body.get())
         body.get()->setUserData(nullptr);
     Component::operator=(other);
     body = other.body;

@@ -30,8 +30,8 @@ public:
     /// A copy sees the body and doesn't own it; it reads null once the body is deleted.
     RigidBodyComponent(const RigidBodyComponent& other);
 
-    /// As the copy constructor. A body that was owned isn't deleted: it belongs to the caller and has no user data
-    /// any more.
+    /// As the copy constructor. Another body that was owned isn't deleted: it belongs to the caller, has no user data
+    /// any more, and earlier copies of this component read null.
     RigidBodyComponent& operator=(const RigidBodyComponent& other);
 
     /// Deletes the body.

@@ -105,7 +105,11 @@ TEST(ComponentCopy, OwnsNoBodyAndNoJointOfItsSource) {
     {
         BodyDouble released;
         assigned.setBody(&released);
+        RigidBodyComponent seeing(assigned);
+        assigned = seeing;
+        EXPECT_EQ(released.userData, &assigned) << "what it holds already it keeps";
         assigned = *body;
+        EXPECT_EQ(seeing.getBody(), nullptr) << "of whose end nobody would tell it";
         EXPECT_EQ(released.userData, nullptr) << "it belongs to the caller and points at nobody";
         const RigidBodyComponent ends(*body);
         const JointComponent jointEnds(*joint);

@@ -45,6 +45,9 @@ TEST(Accessor, ValuesComeBackEqualInAnyLocaleAndOtherTextsLeaveTheField) {
     throughText(std::numeric_limits<long long>::min());
     throughText(std::numeric_limits<unsigned long>::max());
     throughText(static_cast<signed char>(-128));
+    EXPECT_EQ(throughText(u'A') + throughText(U'\U0010FFFF') + throughText(L'A') + throughText('A'), "651114111"
+                                                                                                     "6565");
+    throughText(std::numeric_limits<wchar_t>::min());
     throughText(1.0L / 3);
     throughText(std::numeric_limits<long double>::denorm_min());
     EXPECT_EQ(throughText(gmtl::Vec<double, 3>(1.5, -2.0, 1e300)), "1.5 -2 1e+300");
@@ -52,6 +55,7 @@ TEST(Accessor, ValuesComeBackEqualInAnyLocaleAndOtherTextsLeaveTheField) {
 
     expectRefused(7, {"", " ", "x", "1x", "1 2", "1.5", "99999999999", "+-1", "--1", "+", "0x10"});
     expectRefused(7u, {"-1", "4294967296"});
+    expectRefused(u'A', {"-1", "65536", "B"});
     expectRefused(0.5, {"", "1,5", "1.5.", "1.5 m", "1e999", "e5", "-"});
     expectRefused(0.5L, {"1e9999", "1e-9999", "1e-4950 m"});
     expectRefused(true, {"", "yes", "TRUE", "2", "true false"});
@@ -179,7 +183,11 @@ TEST(AgentFactory, MakesAgentsOfOneNameAndHandsThemOn) {
     AgentFactory::setRootAgent(&root);
     EXPECT_TRUE(AgentFactory::getRootAgent() == &root && AgentFactory::getSceneData() == scene);
     EXPECT_EQ(scene->referenceCount(), 2);
-    AgentFactory::setRootAgent(nullptr);
+    {
+        AgentNode ending;
+        AgentFactory::setRootAgent(&ending);
+    }
+    EXPECT_EQ(AgentFactory::getRootAgent(), nullptr);
     AgentFactory::setSceneData(nullptr);
     EXPECT_EQ(scene->referenceCount(), 1);
 }

@@ -67,7 +67,7 @@ TEST_F(ContactsTest, BothAgentsHearOfATouchFromTheirOwnSides) {
     for (std::size_t i = 0; i < ofBall.size(); ++i) {
         const CollisionData &mine = ofBall[i], &theirs = ofBricks[i];
         EXPECT_TRUE(mine.other == bricks[i] && mine.impulse == theirs.impulse && mine.point == theirs.point);
-        EXPECT_EQ(mine.normal, theirs.normal * -1.0);
+        EXPECT_EQ(mine.normal, (gmtl::Vec<double, 3>(theirs.normal * -1.0)));
         EXPECT_NEAR(gmtl::length(mine.normal), 1, 1e-6);
         EXPECT_LT(mine.normal[0], -0.5) << "the ball comes along +X and is pushed back";
         EXPECT_NEAR(mine.point[0], -1.3, 0.2);
