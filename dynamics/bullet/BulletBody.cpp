@@ -13,9 +13,6 @@ namespace tessarin::dynamics::bullet {
 
 namespace {
 
-/// Of a round body, against its size: little enough to let it roll, and enough to let it come to rest.
-constexpr double rollingFriction = 0.1;
-
 btRigidBody::btRigidBodyConstructionInfo describe(const BodyShape& shape, const collada::Material& material,
                                                   const Affine& pose, MassUnit& unit) {
     unit.makeRoomFor(shape.mass, shape.inertia);
@@ -25,10 +22,6 @@ btRigidBody::btRigidBodyConstructionInfo describe(const BodyShape& shape, const 
     // The engine multiplies what two bodies have; two equal ones are to rub and bounce as each of them says.
     info.m_friction = static_cast<btScalar>(std::sqrt(material.staticFriction));
     info.m_restitution = static_cast<btScalar>(std::sqrt(material.restitution));
-    if (shape.isRound) {
-        info.m_rollingFriction = static_cast<btScalar>(rollingFriction * shape.size);
-        info.m_spinningFriction = info.m_rollingFriction;
-    }
     return info;
 }
 

@@ -7,9 +7,11 @@
 #include <dynamics/bullet/BulletBodyControl.h>
 #include <dynamics/bullet/ColladaPhysics.h>
 #include <dynamics/bullet/ContactList.h>
+#include <dynamics/bullet/RollingResistance.h>
 
 #include <btBulletDynamicsCommon.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -82,8 +84,17 @@ public:
     /// Belongs to the engine's world.
     ExactSpin exactSpin;
 
+    /// Belongs to the bounces of a step.
+    std::size_t flight = 0;
+
+    /// Belongs to the resistance to rolling.
+    Rolling rolling;
+
     /// Half of what the body measures where it is narrowest.
     double getSize() const { return shape.size; }
+
+    /// Whether it has no flat sides.
+    bool isRound() const { return shape.isRound; }
 
     /// Tells the engine the mass in a unit of it.
     void countMassIn(double unit);

@@ -1,13 +1,16 @@
 #pragma once
 
 #include <dynamics/bullet/BodySpins.h>
+#include <dynamics/bullet/Bounces.h>
+#include <dynamics/bullet/RollingResistance.h>
 
 #include <btBulletDynamicsCommon.h>
 
 namespace tessarin::dynamics::bullet {
 
-/// The engine's world with what it lacks: a friction that differs between sliding and sticking, bodies that tumble
-/// without losing energy, and constraints that are taken out in no time.
+/// The engine's world with what it lacks: a friction that differs between sliding and sticking, bounces as high as
+/// they should be, bodies that roll freely and tumble without losing energy, and constraints that are taken out in no
+/// time.
 class EngineWorld : public btDiscreteDynamicsWorld {
 public:
     using btDiscreteDynamicsWorld::btDiscreteDynamicsWorld;
@@ -20,9 +23,11 @@ protected:
     void integrateTransforms(btScalar seconds) override;
 
 private:
-    void setFrictions(const btContactSolverInfo& info);
+    void prepareContacts(const btContactSolverInfo& info);
 
     BodySpins spins;
+    Bounces bounces;
+    RollingResistance rollingResistance;
 };
 
 } // namespace tessarin::dynamics::bullet

@@ -54,6 +54,10 @@ WorldCore::WorldCore()
     // A box on a plane, and whatever else has flat sides, gets its contacts at once, and not one a step.
     configuration.setPlaneConvexMultipointIterations(4, 4);
     configuration.setConvexConvexMultipointIterations(3, 3);
+    // Exact, where the general search for the nearest points lets a ball on a wide box roll aside.
+    dispatcher.registerCollisionCreateFunc(SPHERE_SHAPE_PROXYTYPE, BOX_SHAPE_PROXYTYPE, &ballOnBox);
+    dispatcher.registerCollisionCreateFunc(BOX_SHAPE_PROXYTYPE, SPHERE_SHAPE_PROXYTYPE, &boxUnderBall);
+    boxUnderBall.m_swapped = true;
     world.setGravity(btVector3(0, 0, 0));
     // Bounds of what doesn't move stay as they are; whoever puts a body somewhere says so.
     world.setForceUpdateAllAabbs(false);
@@ -61,7 +65,10 @@ WorldCore::WorldCore()
     info.m_numIterations = solverIterations;
     // A single direction of friction lets stacks creep in the other one.
     info.m_solverMode |= SOLVER_USE_2_FRICTION_DIRECTIONS;
+    // Some contacts are given their directions by the world.
+    info.m_solverMode |= SOLVER_ENABLE_FRICTION_DIRECTION_CACHING;
     info.m_erp2 = static_cast<btScalar>(penetrationRecovery);
+    info.m_restitutionVelocityThreshold = 0; // bounces have their own
 }
 
 WorldCore::~WorldCore() = default;
@@ -162,7 +169,9 @@ void WorldCore::setThresholds(btRigidBody& body) const {
     const bool settles = pull > 0 && !owner.hasJoints();
     const double part = settles ? 0.2 : 0.001;
     const double linear = settles ? std::min(part * size, 0.05 * pull) : std::max(part * size, 1e-4 * pull);
-    body.setSleepingThresholds(static_cast<btScalar>(linear), static_cast<btScalar>(part));
+    // A ball on a slope of a degree has to be faster before it counts as one that rests, or else it would stay there.
+    const double rolling = settles && owner.isRound() ? std::min(linear, 0.008 * pull) : linear;
+    body.setSleepingThresholds(static_cast<btScalar>(rolling), static_cast<btScalar>(part));
 }
 
 void WorldCore::add(btRigidBody& body) {

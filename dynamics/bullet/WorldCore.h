@@ -5,6 +5,7 @@
 #include <dynamics/bullet/EngineWorld.h>
 #include <dynamics/bullet/MassUnit.h>
 
+#include <BulletCollision/CollisionDispatch/btSphereBoxCollisionAlgorithm.h>
 #include <btBulletDynamicsCommon.h>
 
 #include <vector>
@@ -75,6 +76,8 @@ private:
 
     btDefaultCollisionConfiguration configuration;
     btCollisionDispatcher dispatcher;
+    btSphereBoxCollisionAlgorithm::CreateFunc ballOnBox;
+    btSphereBoxCollisionAlgorithm::CreateFunc boxUnderBall;
     btDbvtBroadphase broadphase;
     btSequentialImpulseConstraintSolver solver;
     EngineWorld world;

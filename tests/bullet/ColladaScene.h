@@ -44,6 +44,14 @@ inline std::string translate(double x, double y, double z) {
     return "<translate>" + std::to_string(x) + " " + std::to_string(y) + " " + std::to_string(z) + "</translate>";
 }
 
+/// A material that sticks and slides alike.
+inline std::string surface(double friction, double restitution) {
+    const std::string value = std::to_string(friction);
+    return "<physics_material><technique_common><dynamic_friction>" + value + "</dynamic_friction><restitution>" +
+           std::to_string(restitution) + "</restitution><static_friction>" + value +
+           "</static_friction></technique_common></physics_material>";
+}
+
 const std::string fixed = "<dynamic>false</dynamic>";
 const std::string ground = fixed + shape("<plane><equation>0 0 1 0</equation></plane>");
 
