@@ -10,9 +10,9 @@ namespace tessarin::dynamics::bullet {
 
 namespace {
 
-/// Radians in one step. Below the first the velocity hardly changes. By the second and more the engine doesn't turn a
-/// body whatever its velocity. Above the third one can't tell the way round by where a body has come to. Beyond the
-/// last one the equations are not worth their cost.
+/// Radians in one step. Below the first the velocity hardly changes. By much more than the second the engine doesn't
+/// turn a body, however fast it is. Above the third one can't tell the way round by where a body has come to. Beyond
+/// the last one the equations are not worth their cost.
 constexpr double slowestTurn = 1e-5;
 constexpr double longestOfEngine = 0.7;
 constexpr double longestSteady = 2.5;
@@ -60,6 +60,13 @@ Vector3 spinAxis(const Vector3& velocity, bool isRound) {
     return identityMatrix3[static_cast<std::size_t>(index)];
 }
 
+/// The part of a turn that is about an axis.
+Quaternion twistOf(const Quaternion& turn, const Vector3& axis) {
+    const double sine = dot(turn.vector, axis);
+    // Half a turn about an axis at right angles has none that can be told.
+    return std::hypot(sine, turn.scalar) > 1e-9 ? normalized(Quaternion{axis * sine, turn.scalar}) : Quaternion();
+}
+
 } // namespace
 
 ExactSpin ExactSpin::of(const btRigidBody& body) {
@@ -98,7 +105,7 @@ void BodySpins::prepare(const btAlignedObjectArray<btRigidBody*>& bodies, double
         if (length(velocity) * seconds > longestSteady) {
             // The main part of it is told apart, about the axis that it is nearest to.
             const Vector3 axis = spinAxis(velocity, isRound(body));
-            twist = normalized(Quaternion{axis * dot(turn.vector, axis), turn.scalar});
+            twist = twistOf(turn, axis);
             twistVelocity = axis * dot(velocity, axis);
         }
         const Vector3 swing = toVector(turn * conjugate(twist));

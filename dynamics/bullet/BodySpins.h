@@ -40,14 +40,14 @@ public:
 
 private:
     struct Spin {
-        btRigidBody* body;
+        btRigidBody* body = nullptr;
 
         // About the principal axes as they were before solving. When nothing acts on the body, it turns by the twist
         // and then by the swing.
-        Vector3 moments;
-        Vector3 momentum;
+        Vector3 moments = {0, 0, 0};
+        Vector3 momentum = {0, 0, 0};
         Quaternion twist;
-        Vector3 swing;
+        Vector3 swing = {0, 0, 0};
 
         /// Before solving.
         ExactSpin before;
@@ -56,7 +56,7 @@ private:
         Quaternion start;
 
         /// The steady velocity in the world, as the engine has it.
-        btVector3 given;
+        btVector3 given = {0, 0, 0};
     };
 
     static bool turnsAsTheEngineDoes(const btRigidBody& body, double seconds);

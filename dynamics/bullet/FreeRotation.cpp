@@ -52,12 +52,12 @@ double rotationRate(const Vector3& velocity, const Vector3& moments) {
 
 Quaternion freeRotation(const Vector3& momentum, const Vector3& moments, double seconds) {
     const double angle = seconds * rotationRate(turningVelocity(momentum, moments), moments);
-    const double count = std::max(std::ceil(angle / longestStep), 1.0);
+    const int count = std::max(static_cast<int>(std::ceil(angle / longestStep)), 1);
     const double step = seconds / count;
     const Vector3 half = {0.5 / moments[0], 0.5 / moments[1], 0.5 / moments[2]};
     Quaternion turned;
     // The classic method of Runge and Kutta, of the fourth order. With stages off the unit sphere it is less precise.
-    for (double i = 0; i < count; ++i) {
+    for (int i = 0; i < count; ++i) {
         const Quaternion a = rateOf(turned, momentum, half);
         const Quaternion b = rateOf(normalized(sum(turned, a, step / 2)), momentum, half);
         const Quaternion c = rateOf(normalized(sum(turned, b, step / 2)), momentum, half);

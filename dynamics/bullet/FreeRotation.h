@@ -47,6 +47,7 @@ double rotationRate(const Vector3& velocity, const Vector3& moments);
 /// where they are at the beginning: what was at a point x is at rotated(result, x) afterwards. The angular momentum
 /// is kept exactly, the energy to a millionth in a turn.
 /// @param moments more than zero.
+/// @param seconds so few that the rotation rate makes no more than some hundreds of radians of them.
 Quaternion freeRotation(const Vector3& momentum, const Vector3& moments, double seconds);
 
 } // namespace tessarin::dynamics::bullet
