@@ -129,8 +129,10 @@ void ColladaFile::dropRemoteReferences(XMLNode& element) {
         if (reference != element.attributes.end() && isRemote(reference->second))
             remoteReference = std::exchange(reference->second, "#");
     }
-    if ((element.tag == "skeleton" || element.tag == "init_from") && isRemote(element.text))
+    if (element.tag == "skeleton" && isRemote(element.text))
         remoteReference = std::exchange(element.text, {});
+    if (element.tag == "init_from" && isRemote(element.text))
+        remoteReference = element.text; // an image, which the plugin leaves out without a word
     for (int i = 0; i < element.getNumChildren(); ++i)
         dropRemoteReferences(*element.getChild(i));
 }

@@ -5,6 +5,8 @@
 #include <viewer/ModelReading.h>
 #include <viewer/ViewerError.h>
 
+#include <dynamics/bullet/LoadLimits.h>
+
 #include <osg/Geometry>
 #include <osg/LightSource>
 #include <osg/Math>
@@ -88,6 +90,10 @@ void ModelLoader::check(const std::filesystem::path& path) {
     if (const std::string fault = findFault(path.string()); !fault.empty())
         throw ViewerError(fault);
     readPicture(path.string(), nullptr);
+    if (!isCollada(path.string()))
+        return;
+    if (const std::string excess = dynamics::bullet::findExcess(path.string(), limits.ofPhysics()); !excess.empty())
+        throw ViewerError(path.string() + ": " + excess);
 }
 
 osg::ref_ptr<osg::Node> ModelLoader::readPicture(const std::string& path, const osgDB::Options* options) {

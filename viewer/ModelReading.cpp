@@ -21,6 +21,8 @@ namespace tessarin::viewer {
 
 namespace {
 
+constexpr std::size_t mostLines = 20; // a file may name any number of others
+
 bool isChild = false;
 std::vector<std::string> linesForParent;
 
@@ -129,7 +131,12 @@ void tellParent(const std::string& line) {
     std::string text = line;
     std::replace_if(
         text.begin(), text.end(), [](char c) { return c == '\n' || c == '\0'; }, ' ');
-    linesForParent.push_back(text);
+    if (std::find(linesForParent.begin(), linesForParent.end(), text) != linesForParent.end())
+        return;
+    if (linesForParent.size() == mostLines)
+        linesForParent.back() = "there is more to be said of the files that it names";
+    else
+        linesForParent.push_back(text);
 }
 
 ModelPass::ModelPass() {

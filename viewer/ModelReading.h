@@ -23,7 +23,7 @@ osg::ref_ptr<osg::Node> readInChild(const std::filesystem::path& file, const Mod
 /// True in such a child.
 bool isReadingChild();
 
-/// Keeps a line for the log of the process that started this child.
+/// Keeps a line for the log of the process that started this child, once however often it comes.
 void tellParent(const std::string& line);
 
 /// While one of these stands, a model is read once however often it is asked for.

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <dynamics/bullet/Export.h>
+
+#include <string>
+
 namespace tessarin::dynamics::bullet {
 
 /// What the physics of one file may become, counted as often as its parts are instanced: a file of a few kilobytes can
@@ -13,5 +17,10 @@ struct LoadLimits {
     /// Of the meshes of all shapes together, vertices included.
     double triangles = 2e7;
 };
+
+/// What instances, bodies or joints a COLLADA file would become too many of, as a sentence without an end; empty if it
+/// keeps to the limits, or can't be read, which is logged. Nothing is made, so a host can ask before it loads.
+/// Shapes and triangles are counted while a file is loaded.
+TESSARIN_DYNAMICS_BULLET_EXPORT std::string findExcess(const std::string& filePath, const LoadLimits& limits);
 
 } // namespace tessarin::dynamics::bullet

@@ -182,6 +182,14 @@ TEST_F(HostileFilesTest, WhatAPictureWouldBecomeIsCountedBeforeItIsMade) {
     EXPECT_EQ(failure({"--frames", "1", "--limits", "few", small}),
               "--limits few: not a number like 10 (tessarin_viewer --help lists the options)");
 
+    const std::string physics =
+        write("physics.dae",
+              colladaText("Z_UP", "<node id='n'/>", bodyText("b", "<shape><sphere><radius>1</radius></sphere></shape>"),
+                          instanceText("b", "n") + instanceText("b", "n")))
+            .string();
+    EXPECT_EQ(failure({"--frames", "1", "--limits", "0.00003", physics}),
+              physics + ": it would become 2 bodies, and 1.5 are allowed");
+
     // What no text tells is counted in what OpenSceneGraph makes of the file.
     const osg::ref_ptr<osg::Geometry> geometry = new osg::Geometry;
     geometry->setVertexArray(new osg::Vec3Array(3));
