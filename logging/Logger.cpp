@@ -1,4 +1,5 @@
 #include <logging/Logger.h>
+#include <logging/PrintableText.h>
 
 #include <log4cpp/LoggingEvent.hh>
 #include <log4cpp/NDC.hh>
@@ -7,9 +8,11 @@
 #include <chrono>
 #include <cstdio>
 #include <ctime>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace tessarin::logging {
@@ -73,38 +76,15 @@ std::string now() {
     return text;
 }
 
-/// A message holds names from documents. None of them may begin a line of its own, or speak to the terminal.
-void appendPrintable(std::string& line, const std::string& text) {
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (c == '\n') {
-            line += "\\n";
-        } else if (byte < 0x20 || byte == 0x7F) {
-            char code[8] = "";
-            std::snprintf(code, sizeof(code), "\\x%02x", static_cast<unsigned>(byte));
-            line += code;
-        } else {
-            line += c;
-        }
-    }
-}
-
-void writeToStandardError(log4cpp::Category& category, int level, const std::string& location,
-                          const std::string& text) {
-    std::string line = now() + ' ' + log4cpp::Priority::getPriorityName(level) + ' ';
-    appendPrintable(line, category.getName());
-    line += ": ";
-    appendPrintable(line, text);
-    line += " (" + location + ")\n";
+void writeToStandardError(log4cpp::Category& category, int level, const std::string& context, const std::string& text) {
+    const std::string line = now() + ' ' + log4cpp::Priority::getPriorityName(level) + ' ' +
+                             printableText(category.getName()) + ": " + printableText(text) + " (" +
+                             printableText(context) + ")\n";
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
-void writeToAppenders(log4cpp::Category& category, int level, const std::string& location, const std::string& text) {
-    std::string context = log4cpp::NDC::get();
-    if (!context.empty()) {
-        context += ' ';
-    }
-    category.callAppenders(log4cpp::LoggingEvent(category.getName(), text, context + location, level));
+void writeToAppenders(log4cpp::Category& category, int level, const std::string& context, const std::string& text) {
+    category.callAppenders(log4cpp::LoggingEvent(category.getName(), text, context, level));
 }
 
 } // namespace
@@ -114,6 +94,21 @@ public:
     std::mutex mutex;
     std::vector<log4cpp::Category*> categories;
     std::optional<int> level;
+
+    bool isWanted(const Message& message) {
+        std::shared_ptr<const Filter> asked; // it may be replaced while it is called
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            asked = filter;
+        }
+        try {
+            return !asked || (*asked)(message);
+        } catch (...) {
+            return true;
+        }
+    }
+
+    std::shared_ptr<const Filter> filter;
 };
 
 Logger::Logger() : _impl(new Impl) {}
@@ -151,13 +146,31 @@ void Logger::log(log4cpp::Category* category, int level, const char* file, int l
         if (!isEnabled(category, level)) {
             return;
         }
+        std::string context = log4cpp::NDC::get();
+        if (!instance()->_impl->isWanted({*category, level, text, context})) {
+            return;
+        }
+        if (!context.empty()) {
+            context += ' ';
+        }
+        context += location(file, line);
         if (reachesAppender(category)) {
-            writeToAppenders(*category, level, location(file, line), text);
+            writeToAppenders(*category, level, context, text);
         } else {
-            writeToStandardError(*category, level, location(file, line), text);
+            writeToStandardError(*category, level, context, text);
         }
     } catch (...) {
     }
+}
+
+Logger::Filter Logger::setFilter(Filter filter) {
+    std::shared_ptr<const Filter> next;
+    if (filter) {
+        next = std::make_shared<const Filter>(std::move(filter));
+    }
+    const std::lock_guard<std::mutex> lock(_impl->mutex);
+    _impl->filter.swap(next);
+    return next ? *next : Filter();
 }
 
 void Logger::setLevel(int level) {

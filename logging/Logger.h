@@ -5,6 +5,7 @@
 #include <log4cpp/Category.hh>
 #include <log4cpp/Priority.hh>
 
+#include <functional>
 #include <string>
 
 namespace tessarin::logging {
@@ -50,8 +51,25 @@ public:
     }
 
     /// Writes one message, if it is enabled. To appenders of the host the text goes as it is, with the source file and
-    /// line in the nested diagnostic context (%x of a pattern layout).
+    /// line in the nested diagnostic context (%x of a pattern layout). On the standard error stream text and context
+    /// are made printable (see printableText), since they may quote anybody's document.
     static void log(log4cpp::Category* category, int level, const char* file, int line, const std::string& text);
+
+    /// A message that is enabled and about to be written.
+    struct Message {
+        const log4cpp::Category& category;
+        int level;
+        const std::string& text;
+        const std::string& context; ///< the nested diagnostic context, without the source file
+    };
+
+    /// Answers whether a message is to be written.
+    using Filter = std::function<bool(const Message&)>;
+
+    /// Lets a filter see every message from now on, in whatever thread it is written; an empty one ends that. A filter
+    /// that throws lets its message through.
+    /// @return the filter before.
+    Filter setFilter(Filter filter);
 
     /// Sets the priority of all categories that came or will come from getCategory() with create true.
     void setLevel(int level);

@@ -98,6 +98,7 @@ int AbstractXMLReader::parseSource(const Source& source, const std::string& name
     } catch (...) {
         setReason("exception while reading");
     }
+    _parser = nullptr;
     try {
         endDocument(result == SUCCESS);
     } catch (...) {
@@ -113,14 +114,19 @@ int AbstractXMLReader::parseSource(const Source& source, const std::string& name
 int AbstractXMLReader::readDocument(const Source& source, const std::string& name) {
     _errorLine = 0;
     _errorColumn = 0;
-    _errorSource = name;
+    _documentName = name;
     startDocument();
     ExpatParser parser(*this);
+    _parser = &parser;
     const int result = parser.read(source);
     _errorReason = parser.getReason();
     _errorLine = parser.getLine();
     _errorColumn = parser.getColumn();
     return result;
+}
+
+int AbstractXMLReader::getCurrentLine() const {
+    return _parser ? _parser->getCurrentLine() : 0;
 }
 
 void AbstractXMLReader::setReason(const char* reason) noexcept {
@@ -131,16 +137,17 @@ void AbstractXMLReader::setReason(const char* reason) noexcept {
 }
 
 std::string AbstractXMLReader::getErrorMessage() const {
-    const std::string line = std::to_string(_errorLine);
-    const std::string column = std::to_string(_errorColumn);
     if (_errorReason.empty()) {
         return std::string();
     }
     if (_errorLine == 0) {
-        return (_errorSource.empty() ? "XML document" : _errorSource) + ": " + _errorReason;
+        return (_documentName.empty() ? "XML document" : _documentName) + ": " + _errorReason;
     }
-    return (_errorSource.empty() ? "line " + line + ", column " + column : _errorSource + ':' + line + ':' + column) +
-           ": " + _errorReason;
+    const std::string line = std::to_string(_errorLine);
+    const std::string column = std::to_string(_errorColumn);
+    return _errorReason + " (" +
+           (_documentName.empty() ? "line " + line + ", column " + column : _documentName + ':' + line + ':' + column) +
+           ')';
 }
 
 } // namespace tessarin::xml_parser

@@ -20,9 +20,9 @@ class ExpatParser;
 /// without child elements.
 ///
 /// A document that is nested too deep or that declares entities is refused, and of a document type declaration nothing
-/// is fetched and no default value is taken, so a tree is never larger than the document's text. A failure is logged as
-/// one line at level 300 in the category "xml" and can be asked for afterwards. Nothing is thrown by parse(), whatever
-/// the stream's exception mask says and whatever a derived class throws.
+/// is fetched and no default value is taken, so no more text is handed on than the document holds. A failure is logged
+/// as one line at level 300 in the category "xml" and can be asked for afterwards. Nothing is thrown by parse(),
+/// whatever the stream's exception mask says and whatever a derived class throws.
 class TESSARIN_XML_PARSER_EXPORT AbstractXMLReader {
 public:
     using Attributes = std::map<std::string, std::string>;
@@ -57,8 +57,8 @@ public:
     /// Names the document of a stream or a text in messages. A file is named by its path.
     void setSourceName(const std::string& name) { _sourceName = name; }
 
-    /// What was wrong with the last document: "file:3:14: reason" by name, line and column, or "line 3, column 14:
-    /// reason" for a document without a name. Empty after success.
+    /// What was wrong with the last document: "reason (file:3:14)" by name, line and column, or "reason (line 3, column
+    /// 14)" for a document without a name. Where there is no place: "file: reason". Empty after success.
     std::string getErrorMessage() const;
 
     /// What was wrong, without the place.
@@ -70,6 +70,12 @@ public:
 
 protected:
     AbstractXMLReader();
+
+    /// The name of the document that is being read or was read last: setSourceName's or the file's path.
+    const std::string& getDocumentName() const { return _documentName; }
+
+    /// Inside startElement(): the line of the element's start tag, from 1.
+    int getCurrentLine() const;
 
     /// Before anything else of a document.
     virtual void startDocument() {}
@@ -90,9 +96,10 @@ private:
     int readDocument(const Source& source, const std::string& name);
     void setReason(const char* reason) noexcept;
 
+    const ExpatParser* _parser = nullptr;
     int _maxDepth = defaultMaxDepth;
     std::string _sourceName;
-    std::string _errorSource;
+    std::string _documentName;
     std::string _errorReason;
     int _errorLine = 0;
     int _errorColumn = 0;

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace tessarin::xml_parser {
 
@@ -29,7 +30,17 @@ public:
     int getLine() const { return _line; }
     int getColumn() const { return _column; }
 
+    /// The line of what is being reported, from 1.
+    int getCurrentLine() const;
+
 private:
+    /// An element that is open: its name ends _openNames when no further one is open.
+    struct OpenElement {
+        std::size_t nameBegin;
+        int line;
+    };
+
+    static void XMLCALL onXmlDeclaration(void* self, const XML_Char* version, const XML_Char* encoding, int standalone);
     static void XMLCALL onStartElement(void* self, const XML_Char* name, const XML_Char** attributes);
     static void XMLCALL onEndElement(void* self, const XML_Char* name);
     static void XMLCALL onCharacters(void* self, const XML_Char* text, int length);
@@ -51,14 +62,19 @@ private:
     void addCharacters(const XML_Char* text, std::size_t length);
     void passTextOn(bool isBlankKept);
     std::string getSourceOfEvent() const;
-    bool hasUnknownEntities() const;
+    std::string getSource(int count) const;
+    std::string findUnknownEntity() const;
     AbstractXMLReader::Result finishWithExpatError();
+    std::string describeError(XML_Error error) const;
+    std::string describeInnermost() const;
     void stop(AbstractXMLReader::Result result, const char* reason) noexcept;
 
     AbstractXMLReader& _reader;
     XML_Parser _parser = nullptr;
 
-    int _depth = 0;
+    std::vector<OpenElement> _open;
+    std::string _openNames;
+    std::string _encoding;
     bool _isAfterStartTag = false;
     bool _isInCdata = false;
     bool _hasDoctype = false;

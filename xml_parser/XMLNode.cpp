@@ -104,6 +104,18 @@ bool XMLNode::getAttributeValueString(const std::string& name, std::string& valu
     return true;
 }
 
+std::string XMLNode::getPlace() const {
+    if (_line == 0) {
+        return std::string();
+    }
+    return (_source ? *_source + ':' : "line ") + std::to_string(_line);
+}
+
+void XMLNode::setPlaceOf(const XMLNode& element) {
+    _source = element._source;
+    _line = element._line;
+}
+
 void XMLNode::printBranch(std::ostream& stream, int indent) const {
     XMLPrinter(stream).print(*this, indent);
 }

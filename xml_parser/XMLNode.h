@@ -4,6 +4,7 @@
 
 #include <iosfwd>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -48,6 +49,17 @@ public:
 
     XMLNode* getParent() const { return _parent; }
 
+    /// The line of the element's start tag in the document that it was read from, from 1. 0 for a node that a program
+    /// has made.
+    int getLine() const { return _line; }
+
+    /// Where the element stands, for messages: "crane.xml:17", or "line 17" if nobody has named the document. Empty for
+    /// a node that a program has made.
+    std::string getPlace() const;
+
+    /// Gives a node that stands for an element of a document, a copy for example, that element's place.
+    void setPlaceOf(const XMLNode& element);
+
     /// Empty also if the attribute is missing.
     std::string getAttributeValue(const std::string& name) const;
 
@@ -61,14 +73,21 @@ public:
     /// What XML cannot hold is replaced, with one line at level 300 for the whole call: in texts and attribute values,
     /// control characters other than tab, line feed and carriage return, U+FFFE, U+FFFF and each byte that is not part
     /// of valid UTF-8 by U+FFFD; in tags and names of attributes, each character that no XML name has there by '_'.
+    ///
+    /// A branch that is deeper than readers take (AbstractXMLReader::defaultMaxDepth) is printed too, with a line at
+    /// level 300.
     void printBranch(std::ostream& stream, int indent) const;
 
 private:
+    friend class XMLNodeCreator;
+
     void detach();
     bool isBelow(const XMLNode* node) const;
 
     std::vector<XMLNode*> _children;
     XMLNode* _parent;
+    std::shared_ptr<const std::string> _source; // one for all nodes of a document
+    int _line = 0;
     bool _isOwned = false;
 };
 

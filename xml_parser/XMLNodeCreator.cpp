@@ -17,12 +17,15 @@ XMLNode* XMLNodeCreator::getRoot() const {
 void XMLNodeCreator::startDocument() {
     _root.reset();
     _current = nullptr;
+    _source = getDocumentName().empty() ? nullptr : std::make_shared<const std::string>(getDocumentName());
 }
 
 void XMLNodeCreator::startElement(std::string tag, Attributes attributes) {
     auto node = std::make_unique<XMLNode>(std::string(), _current);
     node->tag = std::move(tag);
     node->attributes = std::move(attributes);
+    node->_source = _source;
+    node->_line = getCurrentLine();
     XMLNode* const element = node.get();
     if (_current) {
         _current->addChild(node.get());

@@ -1,3 +1,4 @@
+#include <xml_parser/AbstractXMLReader.h>
 #include <xml_parser/XMLName.h>
 #include <xml_parser/XMLNode.h>
 #include <xml_parser/XMLPrinter.h>
@@ -37,10 +38,21 @@ void XMLPrinter::print(const XMLNode& root, int indent) {
         beginElement(*child, !isAfterText);
     }
     flush();
+    tellFaults(root);
+}
+
+void XMLPrinter::tellFaults(const XMLNode& root) {
     if (_hasReplacements) {
         TESSARIN_LOG(category, Logger::errorLevel,
                      "The branch <" << root.tag << "> holds what XML cannot, first in <" << _firstReplacement
                                     << ">: printed with U+FFFD in texts and values, '_' in names");
+    }
+    if (_depth > static_cast<std::size_t>(AbstractXMLReader::defaultMaxDepth)) {
+        TESSARIN_LOG(category, Logger::errorLevel,
+                     "The branch <" << root.tag << "> is nested " << _depth
+                                    << " elements deep: it is printed whole, but "
+                                    << "readers take " << AbstractXMLReader::defaultMaxDepth
+                                    << " unless they are told otherwise");
     }
 }
 
@@ -49,6 +61,7 @@ void XMLPrinter::beginElement(const XMLNode& node, bool isIndented) {
         writeIndentation();
     }
     const std::string& tag = getName(node, node.tag);
+    _depth = std::max(_depth, _open.size() + 1);
     _buffer += '<';
     _buffer += tag;
     writeAttributes(node);

@@ -2,6 +2,7 @@
 
 #include <xml_parser/XMLText.h>
 
+#include <cstddef>
 #include <iosfwd>
 #include <map>
 #include <string>
@@ -37,6 +38,7 @@ private:
 
     const std::string& getName(const XMLNode& node, const std::string& name);
     void noteReplacement(const XMLNode& node);
+    void tellFaults(const XMLNode& root);
 
     std::ostream& _stream;
     std::string _buffer;
@@ -45,6 +47,7 @@ private:
     std::map<std::string, std::string> _names;
     std::string _firstReplacement;
     bool _hasReplacements = false;
+    std::size_t _depth = 0;
 };
 
 } // namespace tessarin::xml_parser

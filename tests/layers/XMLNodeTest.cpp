@@ -59,11 +59,19 @@ TEST(XMLNode, PrintsOneElementALine) {
 
 TEST(XMLNode, TakesBranchesDeeperThanTheStack) {
     constexpr int depth = 200000;
+    LogCapture log("xml");
     XMLNode root("n", nullptr);
     XMLNode* node = &root;
-    for (int i = 1; i < depth; ++i)
+    for (int i = 1; i < AbstractXMLReader::defaultMaxDepth; ++i)
         node = node->addChild("n");
+    EXPECT_FALSE(print(root).empty());
+    EXPECT_TRUE(log.take().empty()) << "as deep as a reader takes";
+    for (int i = AbstractXMLReader::defaultMaxDepth; i < depth; ++i)
+        node = node->addChild("n");
+    root.addChild("n");
     const std::string document = print(root);
+    EXPECT_THAT(log.take(), ElementsAre("300 The branch <n> is nested 200000 elements deep: it is printed whole, but "
+                                        "readers take 1000 unless they are told otherwise"));
     EXPECT_LT(document.size(), 110U * depth) << "indentation ends somewhere";
     PlainReader reader;
     reader.setMaxDepth(depth);

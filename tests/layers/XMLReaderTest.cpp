@@ -47,25 +47,34 @@ TEST(XMLReader, RefusesTheWholeDocumentWithOneLine) {
     struct {
         std::string document;
         int result;
-        const char* message;
+        std::string message;
     } const refusals[] = {
-        {"", malformed, "line 1, column 1: no element found"},
-        {"<a>\n <b>\n</a>", malformed, "line 3, column 3: mismatched tag"},
-        {"<a/><a/>", malformed, "line 1, column 5: junk after document element"},
-        {"<a>\xC3\x28</a>", malformed, "line 1, column 4: not well-formed (invalid token)"},
-        {"<a x='1' x='2'/>", malformed, "line 1, column 10: duplicate attribute"},
-        {"<?xml version='1.0' encoding='x-none'?><a/>", malformed, "line 1, column 31: unknown encoding"},
-        {"<a>&b;</a>", malformed, "line 1, column 4: undefined entity"},
-        {"<!DOCTYPE a SYSTEM 'a'><a>\n&b;</a>", malformed, "line 2, column 1: undefined entity"},
+        {"", malformed, "no element found (line 1, column 1)"},
+        {"<a>\n <b c=''>\n <d/>", malformed,
+         "the document ends where <b> of line 2 is to be closed (line 3, column 6)"},
+        {"<a>\n <b>\n</a >", malformed,
+         "mismatched tag: </a> stands where <b> of line 2 is to be closed (line 3, column 3)"},
+        {toUtf16("<a>\n<b></c>", true), malformed,
+         "mismatched tag: </c> stands where <b> of line 2 is to be closed (line 2, column 6)"},
+        {"<f\xC3\xBCr></f\xC3\xBC" + std::string(5000, 'r') + ">", malformed,
+         ("mismatched tag: </f\xC3\xBC" + std::string(57, 'r') +
+          "...> stands where <f\xC3\xBCr> of line 1 is to be closed (line 1, column 8)")},
+        {"<a/><a/>", malformed, "junk after document element (line 1, column 5)"},
+        {"<a>\xC3\x28</a>", malformed, "not well-formed (invalid token) inside <a> of line 1 (line 1, column 4)"},
+        {"<a x='1' x ='2'/>", malformed, "duplicate attribute: x (line 1, column 10)"},
+        {"<?xml version='1.0' encoding='x-none'?><a/>", malformed, "unknown encoding: x-none (line 1, column 31)"},
+        {"<a>&b;</a>", malformed, "undefined entity: &b; (line 1, column 4)"},
+        {"<!DOCTYPE a SYSTEM 'a'><a>\n&b;</a>", malformed, "undefined entity: &b; (line 2, column 1)"},
         {"<!DOCTYPE a SYSTEM 'a'><a x='&#9;'>\n<c d='&amp;' e=' &b;'/></a>", malformed,
-         "line 2, column 1: undefined entity"},
-        {toUtf16("<!DOCTYPE a SYSTEM 'a'>\n<a b='&c;'/>", false), malformed, "line 2, column 1: undefined entity"},
-        {"<!DOCTYPE a [%p;<!ENTITY b 'c'>]>\n<a b='&b;'/>", malformed, "line 2, column 1: undefined entity"},
+         "undefined entity: &b; (line 2, column 1)"},
+        {toUtf16("<!DOCTYPE a SYSTEM 'a'>\n<a b='&c;'/>", false), malformed,
+         "undefined entity: &c; (line 2, column 1)"},
+        {"<!DOCTYPE a [%p;<!ENTITY b 'c'>]>\n<a b='&b;'/>", malformed, "undefined entity: &b; (line 2, column 1)"},
         {"<!DOCTYPE a [\n<!ENTITY b 'bb'>\n<!ENTITY c '&b;&b;'>]><a>&c;</a>", refused,
-         "line 2, column 12: documents that declare entities are refused: b"},
+         "documents that declare entities are refused: b (line 2, column 12)"},
         {"<!DOCTYPE a [<!ENTITY b SYSTEM '/etc/hostname'>]><a>&b;</a>", refused,
-         "line 1, column 47: documents that declare entities are refused: b"},
-        {nested(1001), refused, "line 1, column 3001: elements are nested deeper than 1000"},
+         "documents that declare entities are refused: b (line 1, column 47)"},
+        {nested(1001), refused, "elements are nested deeper than 1000 (line 1, column 3001)"},
     };
     LogCapture log("xml");
     PlainReader reader;
@@ -75,11 +84,41 @@ TEST(XMLReader, RefusesTheWholeDocumentWithOneLine) {
         EXPECT_EQ(reader.parse(refusal.document, true), refusal.result) << refusal.document;
         EXPECT_EQ(reader.getRoot(), nullptr) << refusal.document;
         EXPECT_EQ(reader.getErrorMessage(), refusal.message) << refusal.document;
-        EXPECT_THAT(log.take(), ElementsAre(std::string("300 ") + refusal.message));
+        EXPECT_THAT(log.take(), ElementsAre("300 " + refusal.message));
     }
     reader.setMaxDepth(2);
     EXPECT_EQ(reader.parse("<a><b/><b/></a>", true), AbstractXMLReader::SUCCESS);
     EXPECT_EQ(reader.parse("<a><b><c/></b></a>", true), AbstractXMLReader::REFUSED);
+}
+
+/// The places of all elements, in document order.
+void addPlaces(const XMLNode& node, std::string& places) {
+    places += node.getPlace() + '|';
+    for (int i = 0; i < node.getNumChildren(); ++i)
+        addPlaces(*node.getChild(i), places);
+}
+
+TEST(XMLReader, ElementsKnowTheirPlacesAndKeepThemInOtherTrees) {
+    const std::string document =
+        "<?xml version='1.0'?>\n<a\n x='\n'>\r\n<!--\n\n--><b/><c><![CDATA[\n]]>\n<d/></c></a>";
+    XMLNode kept("kept", nullptr);
+    for (const std::string& text : {document, toUtf16(document, true), std::string(200000, '\n').insert(0, document)}) {
+        PlainReader reader, other;
+        std::istringstream stream(text);
+        std::string places;
+        ASSERT_EQ(reader.parse(text, true) + other.parse(stream), 0);
+        addPlaces(*reader.getRoot(), places);
+        EXPECT_EQ(places, "line 2|line 7|line 7|line 9|");
+        reader.setSourceName("crane.xml");
+        ASSERT_EQ(reader.parse("<a>" + std::string(100000, '\n') + "<b/></a>", true), 0);
+        XMLNode* const moved = reader.getRoot()->getChild(0);
+        other.getRoot()->addChild(moved);
+        kept.addChild("copy")->setPlaceOf(*other.getRoot()->getChild(2));
+        EXPECT_EQ(moved->getPlace() + ' ' + std::to_string(moved->getLine()), "crane.xml:100001 100001");
+    }
+    std::string places;
+    addPlaces(kept, places);
+    EXPECT_EQ(places, "|crane.xml:100001|crane.xml:100001|crane.xml:100001|") << "the readers are gone";
 }
 
 TEST(XMLReader, SimplifiesUnlessToldNotTo) {
@@ -119,9 +158,10 @@ TEST(XMLReader, ReadsFilesAndStreamsInPiecesAndLetsNoExceptionOut) {
     const std::string path = folder + "tessarin_reader_test.xml";
     LogCapture log("xml");
     PlainReader reader;
+    const std::string mismatch = "mismatched tag: </b> stands where <a> of line 1 is to be closed";
     std::ofstream(path) << "<a>\n</b>";
     EXPECT_EQ(reader.parse(path, false), AbstractXMLReader::MALFORMED);
-    EXPECT_EQ(reader.getErrorReason(), "mismatched tag");
+    EXPECT_EQ(reader.getErrorReason(), mismatch);
     EXPECT_TRUE(reader.getErrorLine() == 2 && reader.getErrorColumn() == 3);
     std::ofstream(path) << "<a/>";
     EXPECT_EQ(reader.parse(path, false), AbstractXMLReader::SUCCESS);
@@ -141,8 +181,8 @@ TEST(XMLReader, ReadsFilesAndStreamsInPiecesAndLetsNoExceptionOut) {
     EXPECT_TRUE(broken.bad() && !reader.getRoot());
     EXPECT_EQ(reader.parse(broken), AbstractXMLReader::UNREADABLE);
     EXPECT_THAT(log.takeErrors(),
-                ElementsAre(path + ":2:3: mismatched tag", path + ": cannot be opened: No such file or directory",
-                            testing::StartsWith(folder + ": cannot be read: "), "stream.xml:1:6: mismatched tag",
+                ElementsAre(mismatch + " (" + path + ":2:3)", path + ": cannot be opened: No such file or directory",
+                            testing::StartsWith(folder + ": cannot be read: "), mismatch + " (stream.xml:1:6)",
                             "stream.xml: cannot be read: plug pulled",
                             "stream.xml: cannot be read: the stream has failed before"));
 
