@@ -18,7 +18,8 @@ public:
     AbstractAccessor& operator=(const AbstractAccessor&) = default;
     virtual ~AbstractAccessor();
 
-    /// Sets the field from text. Text that is no value of the field's type leaves the field as it was.
+    /// Sets the field from text. Text that is no value of the field's type leaves the field as it was, and
+    /// refuseFieldText() is called with what would be one.
     virtual void setAsString(void* object, const std::string& text) = 0;
 
     /// The field as text, such that setAsString brings back an equal value.

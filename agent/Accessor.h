@@ -2,6 +2,7 @@
 
 #include <agent/AbstractAccessor.h>
 #include <agent/Export.h>
+#include <agent/FieldRefusal.h>
 #include <agent/FieldText.h>
 
 #include <cstddef>
@@ -25,6 +26,8 @@ public:
         T value{};
         if (FieldText<T>::read(text, value))
             set(object, value);
+        else
+            refuseFieldText(expectedText<T>());
     }
 
     std::string getAsString(void* object) override { return FieldText<T>::write(get(object)); }

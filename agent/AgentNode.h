@@ -235,9 +235,12 @@ public:
     /// Makes an agent and its branch from a document and sends it AgentEvent::AGENT_CREATED. It has no parent and
     /// belongs to the caller. Null if the text is no document, its root is no AgentNode, or a hook has deleted the
     /// agent.
+    /// @param sourceName names the document in messages, as in "(crane.xml:17)"; without it they tell the line alone.
     /// @{
     static AgentNode* createFromXml(std::istream& stream);
+    static AgentNode* createFromXml(std::istream& stream, const std::string& sourceName);
     static AgentNode* createFromXmlString(const std::string& text);
+    static AgentNode* createFromXmlString(const std::string& text, const std::string& sourceName);
     static AgentNode* createFromXml(xml_parser::XMLNode* node);
     /// @}
 
@@ -247,17 +250,22 @@ public:
 
     /// Applies a document to this agent and its branch: what it names is found by name and changed, what is missing is
     /// made, what it doesn't name stays. Last AgentEvent::AGENT_MODIFIED is sent, except if the text is no document.
+    /// @param sourceName as above.
     /// @{
     void modifyWithXml(std::istream& stream);
+    void modifyWithXml(std::istream& stream, const std::string& sourceName);
     void modifyWithXml(const std::string& text);
+    void modifyWithXml(const std::string& text, const std::string& sourceName);
     void modifyWithXml(xml_parser::XMLNode* node);
     /// @}
 
     /// The agent and its branch as a new document tree, which belongs to the caller. What its components do to tell
-    /// their fields must not change the tree. A document of more than 1,000 levels can't be read back.
+    /// their fields must not change the tree. Readers refuse a document that is nested deeper than 1,000 elements, of
+    /// which the deepest agent takes three or more: its own, its Transform, and what stands in that.
     xml_parser::XMLNode* createXml();
 
-    /// Prints the agent and its branch as a document.
+    /// Prints the agent and its branch as a document, with a line at level 300 in the category "xml" if it is deeper
+    /// than readers take.
     void createXml(std::ostream& stream);
     /// @}
 

@@ -2,6 +2,7 @@
 
 #include <agent/AgentNodeWalk.h>
 #include <agent/ComponentHandle.h>
+#include <agent/DocumentFaults.h>
 #include <agent/DocumentReader.h>
 #include <agent/DocumentTransform.h>
 #include <agent/GeometryComponent.h>
@@ -24,18 +25,28 @@ using xml_parser::XMLNode;
 static log4cpp::Category* const category = Logger::instance()->getCategory("agent", true);
 
 void AgentNode::modifyWithXml(std::istream& stream) {
-    DocumentReader reader;
+    modifyWithXml(stream, std::string());
+}
+
+void AgentNode::modifyWithXml(std::istream& stream, const std::string& sourceName) {
+    DocumentReader reader(sourceName);
     modifyWithXml(reader.read(stream));
 }
 
 void AgentNode::modifyWithXml(const std::string& text) {
-    DocumentReader reader;
+    modifyWithXml(text, std::string());
+}
+
+void AgentNode::modifyWithXml(const std::string& text, const std::string& sourceName) {
+    DocumentReader reader(sourceName);
     modifyWithXml(reader.read(text));
 }
 
 void AgentNode::modifyWithXml(XMLNode* node) {
     if (!node)
         return;
+    const DocumentPass pass;
+    const ElementInWork work(*node);
     const Visit visit(*this);
     internalModifyWithXml(node);
     if (!visit.isOver())
@@ -66,6 +77,7 @@ bool tieGeometry(GeometryComponent& geometry) {
     AgentNode* const agent = geometry.getAgentNode();
     Component* const found = findVisualModel(agent);
     if (!found) {
+        const PlaceAsContext context;
         TESSARIN_LOG(category, Logger::errorLevel,
                      "Failed to find VisualModelComponent thats corresponds to GeometryComponent");
         return true;
@@ -144,6 +156,7 @@ bool AgentNode::modifyOrAddComponent(XMLNode* element, const DocumentTransform& 
     std::string name;
     element->getAttributeValueString("name", name);
 
+    const ElementInWork work(*element);
     const Visit visit(*this);
     Component* component = name.empty() ? nullptr : getComponent(name);
     if (component) {
@@ -155,6 +168,7 @@ bool AgentNode::modifyOrAddComponent(XMLNode* element, const DocumentTransform& 
             return true;
         }
         if (!made.get()) {
+            const PlaceAsContext context;
             TESSARIN_LOG(category, Logger::errorLevel, "AgentNode " << name << " could not add a component from XML");
             return true;
         }

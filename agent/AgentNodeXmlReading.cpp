@@ -3,9 +3,12 @@
 #include <agent/AgentNodeWalk.h>
 #include <agent/Component.h>
 #include <agent/ComponentHandle.h>
+#include <agent/DocumentFaults.h>
 #include <agent/DocumentReader.h>
+#include <agent/FieldRefusal.h>
 #include <agent/HookGuard.h>
 #include <logging/Log.h>
+#include <logging/PrintableText.h>
 #include <xml_parser/XMLNode.h>
 
 namespace tessarin::agent {
@@ -16,17 +19,29 @@ using xml_parser::XMLNode;
 static log4cpp::Category* const category = Logger::instance()->getCategory("agent", true);
 
 AgentNode* AgentNode::createFromXml(std::istream& stream) {
-    DocumentReader reader;
+    return createFromXml(stream, std::string());
+}
+
+AgentNode* AgentNode::createFromXml(std::istream& stream, const std::string& sourceName) {
+    DocumentReader reader(sourceName);
     return createFromXml(reader.read(stream));
 }
 
 AgentNode* AgentNode::createFromXmlString(const std::string& text) {
-    DocumentReader reader;
+    return createFromXmlString(text, std::string());
+}
+
+AgentNode* AgentNode::createFromXmlString(const std::string& text, const std::string& sourceName) {
+    DocumentReader reader(sourceName);
     return createFromXml(reader.read(text));
 }
 
 AgentNode* AgentNode::createFromXml(XMLNode* node) {
-    AgentNode* const agent = node ? internalCreateFromXml(node) : nullptr;
+    if (!node)
+        return nullptr;
+    const DocumentPass pass;
+    const ElementInWork work(*node);
+    AgentNode* const agent = internalCreateFromXml(node);
     if (!agent)
         return nullptr;
     const Visit visit(*agent);
@@ -67,12 +82,14 @@ AgentNode* AgentNode::internalCreateFromXml(XMLNode* node) {
             else if (child && !child->isAbove(agent))
                 agent->addChild(child);
         } else if (element->tag == "Component") {
+            const ElementInWork work(*element);
             const ComponentHandle made(createComponentFromXml(element));
             if (visit.isOver()) {
                 deleteUnheld(made.get());
                 break;
             }
             if (!made.get()) {
+                const PlaceAsContext context;
                 TESSARIN_LOG(category, Logger::errorLevel,
                              "AgentNode " << agent->getName() << " could not add a component from XML");
                 continue;
@@ -112,10 +129,12 @@ Component* AgentNode::createComponent(const std::string& className) {
 Component* AgentNode::createComponentFromXml(XMLNode* node) {
     if (!node)
         return nullptr;
+    const ElementInWork work(*node);
     const std::string className = node->getAttributeValue("class");
     TESSARIN_LOG(category, Logger::infoLevel, "Creating Component " << className);
     Component* const component = createComponent(className);
     if (!component) {
+        const PlaceAsContext context;
         TESSARIN_LOG(category, Logger::errorLevel, "Error creating component " << className << " from xml");
         return nullptr;
     }
@@ -123,6 +142,25 @@ Component* AgentNode::createComponentFromXml(XMLNode* node) {
     component->setName(name.empty() ? className : name);
     return modifyComponentWithXml(component, node);
 }
+
+namespace {
+
+/// Says that a field's text is no value for it. The component is on its agent, or it is being made for the agent of the
+/// element around its own.
+void tellRefusal(Component& component, const XMLNode& field, const std::string& expected) {
+    if (!DocumentPass::isNewFault(field))
+        return;
+    const AgentNode* const agent = component.getAgentNode();
+    const XMLNode* const element = field.getParent() ? field.getParent()->getParent() : nullptr;
+    const std::string agentName = agent ? agent->getName() : element ? element->getAttributeValue("name") : "";
+    TESSARIN_LOG(category, Logger::errorLevel,
+                 "AgentNode " << agentName << " could not set the field " << field.getAttributeValue("name")
+                              << " of its component " << component.getName() << " (" << component.getClassName()
+                              << ") to " << logging::quotedText(field.getAttributeValue("value")) << ": expected "
+                              << expected << ", so the field stays as it was" << placeOf(field));
+}
+
+} // namespace
 
 /// Null if a hook has deleted the component meanwhile.
 Component* AgentNode::modifyComponentWithXml(Component* component, XMLNode* node) {
@@ -135,7 +173,11 @@ Component* AgentNode::modifyComponentWithXml(Component* component, XMLNode* node
         const std::string value = element->getAttributeValue("value");
         TESSARIN_LOG(category, Logger::infoLevel,
                      "Component(" << component->getClassName() << ")." << name << "=" << value);
+        const ElementInWork work(*element);
+        const FieldRefusal refusal;
         callHook("setAsString", [&] { component->setAsString(name, value); });
+        if (refusal.hasHappened() && handle.get())
+            tellRefusal(*component, *element, refusal.getExpectation());
     }
     return handle.get();
 }

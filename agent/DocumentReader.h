@@ -10,7 +10,9 @@ namespace tessarin::agent {
 /// Reads one agent document: every element stays an element, empty ones and those that hold only text included.
 class DocumentReader {
 public:
-    DocumentReader() {
+    /// @param sourceName names the document in messages; empty for one without a name.
+    explicit DocumentReader(const std::string& sourceName = {}) {
+        creator.setSourceName(sourceName);
         creator.setPruneEmptyTags(false);
         creator.setCreateAttributesFromPrimitiveChildren(false);
     }

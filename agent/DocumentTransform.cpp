@@ -1,7 +1,9 @@
 #include <agent/DocumentTransform.h>
 
+#include <agent/DocumentFaults.h>
 #include <agent/NumberList.h>
 #include <logging/Log.h>
+#include <logging/PrintableText.h>
 #include <xml_parser/XMLNode.h>
 
 #include <cmath>
@@ -16,18 +18,28 @@ static log4cpp::Category* const category = Logger::instance()->getCategory("agen
 
 namespace {
 
-/// The first numbers of a child element's text; fewer or none if the element is missing or something else stands there.
-std::vector<double> readChild(const XMLNode& transform, const std::string& tag, std::size_t count) {
-    const XMLNode* const element = transform.getChild(tag, true);
-    if (!element)
-        return {};
-    std::vector<double> numbers = readNumberList(element->text);
+/// The first numbers of an element's text; fewer or none if something else stands there, or the element is null.
+std::vector<double> readNumbers(const XMLNode* element, std::size_t count) {
+    std::vector<double> numbers = element ? readNumberList(element->text) : std::vector<double>();
     if (numbers.size() > count)
         numbers.resize(count);
     for (std::size_t i = 0; i < numbers.size(); ++i)
         if (!std::isfinite(numbers[i]))
             numbers.resize(i);
     return numbers;
+}
+
+/// @param child the element that has not its numbers; null if there is none.
+void tellFault(const XMLNode& transform, const std::string& agentName, const std::string& tag, const XMLNode* child,
+               std::size_t count) {
+    const XMLNode& element = child ? *child : transform;
+    if (!DocumentPass::isNewFault(element))
+        return;
+    const std::string found = child ? "its text is " + logging::quotedText(child->text) : "it is missing";
+    TESSARIN_LOG(category, Logger::errorLevel,
+                 "AgentNode " << agentName << " could not read its Transform from XML: " << tag << " needs " << count
+                              << " numbers separated by blanks only (no tabs or line breaks), but " << found
+                              << ", so its pose stays as it was" << placeOf(element));
 }
 
 // By the formula for a unit quaternion, whatever the quaternion's length.
@@ -48,14 +60,16 @@ DocumentTransform::State DocumentTransform::read(const XMLNode& agentElement, co
     const XMLNode* const element = agentElement.getChild("Transform", true);
     if (!element)
         return state = MISSING;
-    const std::vector<double> position = readChild(*element, "Translate", 3);
-    const std::vector<double> quaternion = readChild(*element, "Rotate", 4);
-    if (position.size() < 3 || quaternion.size() < 4) {
-        TESSARIN_LOG(category, Logger::errorLevel,
-                     "AgentNode " << agentName << " could not read its Transform from XML: "
-                                  << (position.size() < 3 ? "Translate needs 3 numbers" : "Rotate needs 4 numbers"));
+    const XMLNode* const translate = element->getChild("Translate", true);
+    const XMLNode* const rotate = element->getChild("Rotate", true);
+    const std::vector<double> position = readNumbers(translate, 3);
+    const std::vector<double> quaternion = readNumbers(rotate, 4);
+    if (position.size() < 3)
+        tellFault(*element, agentName, "Translate", translate, 3);
+    else if (quaternion.size() < 4)
+        tellFault(*element, agentName, "Rotate", rotate, 4);
+    if (position.size() < 3 || quaternion.size() < 4)
         return state = UNREADABLE;
-    }
     translation.set(position[0], position[1], position[2]);
     rotation.set(quaternion[0], quaternion[1], quaternion[2], quaternion[3]);
     setMatrix(matrix, position, quaternion);

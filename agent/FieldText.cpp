@@ -1,6 +1,7 @@
 #include <agent/FieldText.h>
 
 #include <cmath>
+#include <iterator>
 #include <locale>
 #include <sstream>
 
@@ -14,6 +15,12 @@ bool readDenormal(std::string_view word, long double& value) {
         return false;
     value = number;
     return true;
+}
+
+std::string expectedNumbers(std::size_t count, bool areWhole) {
+    static const char* const words[] = {"no", "one", "two", "three", "four"};
+    return (count < std::size(words) ? words[count] : std::to_string(count)) +
+           (areWhole ? " whole numbers" : " numbers") + " separated by blanks";
 }
 
 } // namespace tessarin::agent::detail

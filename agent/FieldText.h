@@ -7,6 +7,7 @@
 
 #include <charconv>
 #include <cstddef>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -24,6 +25,7 @@ namespace tessarin::agent {
 /// struct tessarin::agent::FieldText<Colour> {
 ///     static std::string write(const Colour& value);
 ///     static bool read(std::string_view text, Colour& value); // false, and value untouched, if text is no colour
+///     static std::string expected(); // may be left out: what a text should be, as in "a colour like #ff8000"
 /// };
 /// @endcode
 template <class T, class Enable = void>
@@ -105,6 +107,23 @@ void appendNumber(std::string& text, Number value) {
         text.append(buffer, end);
 }
 
+/// "a number", or "a whole number from -128 to 127".
+template <class Number>
+std::string expectedNumber() {
+    if constexpr (std::is_integral_v<Number>) {
+        std::string text = "a whole number from ";
+        appendNumber(text, std::numeric_limits<Number>::min());
+        text += " to ";
+        appendNumber(text, std::numeric_limits<Number>::max());
+        return text;
+    } else {
+        return "a number";
+    }
+}
+
+/// "three numbers separated by blanks".
+TESSARIN_AGENT_EXPORT std::string expectedNumbers(std::size_t count, bool areWhole);
+
 template <class Index, class Numbers>
 std::string writeNumbers(const Numbers& values, Index count) {
     std::string text;
@@ -142,6 +161,8 @@ struct FieldText<bool> {
         value = yes;
         return true;
     }
+
+    static std::string expected() { return "true or false"; }
 };
 
 template <class Number>
@@ -156,6 +177,8 @@ struct FieldText<Number, std::enable_if_t<std::is_arithmetic_v<Number>>> {
         const std::string_view word = detail::nextWord(text);
         return detail::nextWord(text).empty() && detail::readNumber(word, value);
     }
+
+    static std::string expected() { return detail::expectedNumber<Number>(); }
 };
 
 template <class Number, unsigned Size>
@@ -164,12 +187,33 @@ struct FieldText<gmtl::Vec<Number, Size>> {
     static bool read(std::string_view text, gmtl::Vec<Number, Size>& value) {
         return detail::readNumbers(text, value, Size);
     }
+    static std::string expected() { return detail::expectedNumbers(Size, std::is_integral_v<Number>); }
 };
 
 template <class Number>
 struct FieldText<gmtl::Quat<Number>> {
     static std::string write(const gmtl::Quat<Number>& value) { return detail::writeNumbers(value, 4); }
     static bool read(std::string_view text, gmtl::Quat<Number>& value) { return detail::readNumbers(text, value, 4); }
+    static std::string expected() { return detail::expectedNumbers(4, false); }
 };
+
+namespace detail {
+
+template <class T, class = void>
+struct SaysWhatItExpects : std::false_type {};
+
+template <class T>
+struct SaysWhatItExpects<T, std::void_t<decltype(FieldText<T>::expected())>> : std::true_type {};
+
+} // namespace detail
+
+/// What the text of a field of type T should be, for messages.
+template <class T>
+std::string expectedText() {
+    if constexpr (detail::SaysWhatItExpects<T>::value)
+        return FieldText<T>::expected();
+    else
+        return "a value of the field's type";
+}
 
 } // namespace tessarin::agent

@@ -1,5 +1,6 @@
 #include <agent/HookGuard.h>
 
+#include <agent/DocumentFaults.h>
 #include <logging/Log.h>
 
 namespace tessarin::agent {
@@ -11,7 +12,7 @@ static log4cpp::Category* const category = Logger::instance()->getCategory("agen
 void logHookException(const char* hook, const std::exception* exception) {
     TESSARIN_LOG(category, Logger::errorLevel,
                  "The hook " << hook << " let out an exception" << (exception ? ": " : "")
-                             << (exception ? exception->what() : ""));
+                             << (exception ? exception->what() : "") << placeInWork());
 }
 
 } // namespace tessarin::agent

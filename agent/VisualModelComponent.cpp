@@ -3,6 +3,7 @@
 #include <agent/Accessor.h>
 #include <agent/AgentNode.h>
 #include <agent/ComponentHandle.h>
+#include <agent/DocumentFaults.h>
 #include <agent/JointComponent.h>
 #include <agent/RigidBodyComponent.h>
 #include <agent/SimObjectDB.h>
@@ -99,7 +100,7 @@ Component* VisualModelComponent::initialize() {
     if (!handle.get())
         return nullptr;
     if (!modelLoader) {
-        TESSARIN_LOG(category, Logger::errorLevel, "No model loader is set to load " << filePath);
+        TESSARIN_LOG(category, Logger::errorLevel, "No model loader is set to load " << filePath << placeInWork());
         return this;
     }
     const osg::ref_ptr<osg::Node> loaded = modelLoader->loadModel(std::string(filePath));
@@ -111,7 +112,8 @@ Component* VisualModelComponent::initialize() {
 
 void VisualModelComponent::loadPhysics(const std::string& path, AgentNodeHandle agent) {
     if (!AgentNode::dynamicsWorld) {
-        TESSARIN_LOG(category, Logger::errorLevel, "No dynamics world is set to load the physics of " << path);
+        TESSARIN_LOG(category, Logger::errorLevel,
+                     "No dynamics world is set to load the physics of " << path << placeInWork());
         return;
     }
 

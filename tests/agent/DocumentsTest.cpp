@@ -1,5 +1,7 @@
 #include <tests/agent/AgentTest.h>
 
+#include <xml_parser/XMLNode.h>
+
 namespace tessarin::agent {
 namespace {
 
@@ -41,7 +43,7 @@ TEST(CreateFromXml, BuildsTheBranchAndLogsEachStep) {
                            "600 Creating Component JointComponent 600 Creating Component VisualModelComponent "
                            "600 Component(VisualModelComponent).filePath= a b  "
                            "600 Component(VisualModelComponent).nothing=x 600 Component(VisualModelComponent).=y "
-                           "300 No model loader is set to load  a b  600 Creating AgentNode(wheel) "
+                           "300 No model loader is set to load  a b  (line 4) 600 Creating AgentNode(wheel) "
                            "600 Creating AgentNode() 600 Creating AgentNode(wheel)");
     EXPECT_EQ(made->getName() + ' ' + childNames(*made) + ' ' + childNames(*made->getChild("wheel")) + ' ' +
                   componentNames(*made) + made->getComponent("model")->getAsString("filePath"),
@@ -110,6 +112,23 @@ TEST(ModifyWithXml, MatchesByNameAndMakesWhatIsMissing) {
     EXPECT_EQ(node.getName() + ' ' + take(journal), "new child.onAgentModified");
 }
 
+// What is said in fixed words has its place in the log's context.
+TEST(ModifyWithXml, LinesOfFixedWordsSayWhereInTheirContext) {
+    LogCapture log;
+    const auto context = [&] { return log.lastContext.substr(0, log.lastContext.find(' ')); };
+    AgentNode node;
+    node.modifyWithXml("<AgentNode>\n" + component("GeometryComponent") + "</AgentNode>", "crane.xml");
+    EXPECT_EQ(context(), "crane.xml:2");
+    node.modifyWithXml("<AgentNode>\n\n" + component("Unknown") + "</AgentNode>", "crane.xml");
+    EXPECT_EQ(context(), "crane.xml:3");
+    const Owned made(AgentNode::createFromXmlString("<AgentNode>\n" + component("Unknown") + "</AgentNode>"));
+    EXPECT_EQ(log.lastContext.substr(0, 7), "line 2 ");
+    xml_parser::XMLNode tree("AgentNode", nullptr);
+    tree.addChild("Component");
+    node.modifyWithXml(&tree);
+    EXPECT_EQ(context(), log.lastContext) << "a tree of a program has no places";
+}
+
 TEST(ModifyWithXml, ReadsNumbersThatAreCutAtBlanksAlone) {
     const DecimalCommas locale;
     LogCapture log;
@@ -124,14 +143,20 @@ TEST(ModifyWithXml, ReadsNumbersThatAreCutAtBlanksAlone) {
     }
     EXPECT_THAT(log.takeErrors(), IsEmpty());
     AgentNode node("node");
-    const std::string error = "AgentNode node could not read its Transform from XML: ";
-    for (const char* const text : {"1 2", "1\n2\n3", "", "1 x 3", "1 - 3", "1 nan 3", "1 inf 3", "1 1e999 3"}) {
-        node.modifyWithXml(agent(pose(text)));
-        EXPECT_THAT(log.takeErrors(), ElementsAre(error + "Translate needs 3 numbers")) << text;
+    const auto error = [](const std::string& element, const std::string& found) {
+        return "AgentNode node could not read its Transform from XML: " + element +
+               " numbers separated by blanks only (no tabs or line breaks), but " + found +
+               ", so its pose stays as it was (crane.xml:2)";
+    };
+    for (const std::string text : {"1 2", "1\n2\n3", "", "1 x 3", "1 - 3", "1 nan 3", "1 inf 3", "1 1e999 3"}) {
+        node.modifyWithXml('\n' + agent(pose(text)), "crane.xml");
+        EXPECT_THAT(log.takeErrors(), ElementsAre(error("Translate needs 3", "its text is \"" + text + '"')));
     }
-    node.modifyWithXml(agent(pose("1 2 3", "0 0 1")));
-    node.modifyWithXml(agent("<Transform><Translate>1 2 3</Translate></Transform>"));
-    EXPECT_EQ(log.takeErrors(), Journal(2, error + "Rotate needs 4 numbers"));
+    node.modifyWithXml('\n' + agent(pose("1 2 3", "0 0 1")), "crane.xml");
+    std::istringstream without('\n' + agent("<Transform><Translate>1 2 3</Translate></Transform>"));
+    node.modifyWithXml(without, "crane.xml");
+    EXPECT_THAT(log.takeErrors(), ElementsAre(error("Rotate needs 4", "its text is \"0 0 1\""),
+                                              error("Rotate needs 4", "it is missing")));
     EXPECT_TRUE(node.getPosition() == vec(0, 0, 0));
     node.modifyWithXml(agent(pose("1 2 3", "0.5 1 1.5 2"))); // the quaternion is taken as it stands
     gmtl::Matrix<double, 4, 4> expected;

@@ -98,9 +98,10 @@ TEST(HostClasses, ABehaviourIsMadeByADocumentRunsAndIsWritten) {
     {
         const Owned node(AgentNode::createFromXmlString(
             "<AgentNode><Component class='Spinner'><field name='axis' value='x'/><field name='speed' value='fast'/>"
-            "<field name='thrown' value='y'/></Component></AgentNode>"));
+            "\n<field name='thrown' value='y'/></Component></AgentNode>"));
         ASSERT_NE(node, nullptr);
-        EXPECT_THAT(log.takeErrors(), ElementsAre("The hook setAsString let out an exception: no field"));
+        EXPECT_THAT(log.takeErrors(), ElementsAre(testing::HasSubstr("\"fast\""),
+                                                  "The hook setAsString let out an exception: no field (line 2)"));
         node->sendEvent(AgentEvent::UPDATE);
         EXPECT_TRUE(node->getPosition() == vec(1, 0, 0)) << "text that is no number leaves the field";
 
@@ -117,6 +118,97 @@ TEST(HostClasses, ABehaviourIsMadeByADocumentRunsAndIsWritten) {
         EXPECT_EQ(Spinner::alive, 2);
     }
     EXPECT_EQ(Spinner::alive, 0);
+}
+
+struct Grade { // a host's type that doesn't say what it expects
+    char letter;
+};
+
+} // namespace
+
+template <>
+struct FieldText<Grade> {
+    static std::string write(const Grade& grade) { return std::string(1, grade.letter); }
+    static bool read(std::string_view text, Grade& grade) {
+        if (text.size() != 1)
+            return false;
+        grade.letter = text[0];
+        return true;
+    }
+};
+
+namespace {
+
+/// A host's accessor that does everything itself.
+struct EvenNumbers : AbstractAccessor {
+    void setAsString(void* object, const std::string& text) override {
+        const int value = std::atoi(text.c_str());
+        if (value % 2 != 0)
+            refuseFieldText("an even number");
+        else
+            *static_cast<int*>(object) = value;
+    }
+    std::string getAsString(void* object) override { return std::to_string(*static_cast<int*>(object)); }
+    void setValue(void*, void*) override {}
+    void getValue(void*, void*) override {}
+};
+
+struct Picky : BehaviourComponent {
+    const char* getClassName() override { return "Picky"; }
+    void update() override {}
+    AccessorWithObject getAccessor(const std::string& fieldName) override {
+        static Accessor<double> number(0);
+        static Accessor<bool> flag(0);
+        static Accessor<signed char> small(0);
+        static Accessor<gmtl::Vec<float, 3>> vector(0);
+        static Accessor<gmtl::Vec<int, 2>> place(0);
+        static Accessor<gmtl::Quat<double>> turn(0);
+        static Accessor<Grade> grade(0);
+        static EvenNumbers even;
+        static const std::map<std::string, AbstractAccessor*> table{
+            {"number", &number}, {"flag", &flag}, {"small", &small}, {"vector", &vector},
+            {"place", &place},   {"turn", &turn}, {"grade", &grade}, {"even", &even}};
+        const auto found = table.find(fieldName);
+        return found == table.end() ? AccessorWithObject() : AccessorWithObject{found->second, memory};
+    }
+
+    alignas(8) char memory[64] = {};
+};
+
+TEST(HostClasses, AFieldThatRefusesItsTextSaysWhichAndWhatItExpects) {
+    static SimObjectFactoryFor<Picky> factory;
+    SimObjectDB::instance()->registerFactory(&factory, "Picky");
+    const std::tuple<const char*, std::string, const char*> rows[] = {
+        {"number", "fast", "a number"},
+        {"flag", "", "true or false"},
+        {"small", "128", "a whole number from -128 to 127"},
+        {"vector", "1,2,3", "three numbers separated by blanks"},
+        {"place", "1.5 2", "two whole numbers separated by blanks"},
+        {"turn", "0 0 1", "four numbers separated by blanks"},
+        {"grade", "A+", "a value of the field's type"},
+        {"even", "3", "an even number"}};
+    const auto line = [](const std::string& field, const std::string& text, const std::string& expected) {
+        return "AgentNode crane could not set the field " + field + " of its component p (Picky) to \"" + text +
+               "\": expected " + expected + ", so the field stays as it was (crane.xml:3)";
+    };
+    LogCapture log;
+    for (const auto& [field, text, expected] : rows) {
+        const std::string component = "<Component class='Picky' name='p'>\n<field name='" + std::string(field) +
+                                      "' value='" + text + "'/></Component>";
+        const Owned crane(
+            AgentNode::createFromXmlString("<AgentNode name='crane'>\n" + component + "</AgentNode>", "crane.xml"));
+        EXPECT_THAT(log.takeErrors(), ElementsAre(line(field, text, expected)));
+        crane->modifyWithXml("<AgentNode>\n" + component + "</AgentNode>", "crane.xml");
+        EXPECT_THAT(log.takeErrors(), ElementsAre(line(field, text, expected)));
+        // Creation hands over to a modification, which reads all of it once more.
+        const Owned model(AgentNode::createFromXmlString(
+            "<AgentNode name='model'><AgentNode name='crane'>\n" + component +
+                "</AgentNode><Component class='JointComponent' name='VisualModelComponent'/></AgentNode>",
+            "crane.xml"));
+        EXPECT_THAT(log.takeErrors(), ElementsAre(line(field, text, expected)));
+        crane->getComponent("p")->setAsString(field, text);
+        EXPECT_THAT(log.takeErrors(), IsEmpty()) << "no document";
+    }
 }
 
 struct Impostor : SimObject, doubles::Counted<Impostor> { // a registered class that is no component
