@@ -12,6 +12,7 @@
 #include <viewer/input/Bindings.h>
 
 #include <logging/Logger.h>
+#include <logging/PrintableText.h>
 
 #include <osg/ApplicationUsage>
 #include <osg/ArgumentParser>
@@ -77,7 +78,7 @@ int Application::run(int argumentCount, char** arguments) {
         runTask(Options::parse(parser), usage);
         return 0;
     } catch (const std::exception& error) {
-        err << "tessarin_viewer: " << error.what() << std::endl;
+        err << "tessarin_viewer: " << logging::printableText(error.what()) << std::endl;
         return 1;
     }
 }

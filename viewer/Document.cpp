@@ -2,6 +2,7 @@
 
 #include <viewer/ModelLoader.h>
 #include <viewer/QuietReader.h>
+#include <viewer/UnitRotations.h>
 #include <viewer/ViewerError.h>
 #include <viewer/XmlFile.h>
 
@@ -13,17 +14,17 @@ using xml_parser::XMLNode;
 
 namespace {
 
-/// Calls the function with the value of each field that names a model.
-void visitModelPaths(XMLNode& agent, const std::function<void(std::string&)>& visit) {
+/// Calls the function with each field that names a model.
+void visitModelFields(XMLNode& agent, const std::function<void(XMLNode&)>& visit) {
     for (int i = 0; i < agent.getNumChildren(); ++i) {
         XMLNode* const child = agent.getChild(i);
         if (child->tag == "AgentNode") {
-            visitModelPaths(*child, visit);
+            visitModelFields(*child, visit);
         } else if (child->tag == "Component" && child->getAttributeValue("class") == "VisualModelComponent") {
             for (int k = 0; k < child->getNumChildren(); ++k) {
                 XMLNode* const field = child->getChild(k);
                 if (field->tag == "field" && field->getAttributeValue("name") == "filePath")
-                    visit(field->attributes["value"]);
+                    visit(*field);
             }
         }
     }
@@ -31,6 +32,7 @@ void visitModelPaths(XMLNode& agent, const std::function<void(std::string&)>& vi
 
 void copyBranch(const XMLNode& source, XMLNode& parent) {
     XMLNode* const copy = parent.addChild(source.tag);
+    copy->setPlaceOf(source);
     copy->text = source.text;
     copy->attributes = source.attributes;
     for (int i = 0; i < source.getNumChildren(); ++i)
@@ -38,6 +40,7 @@ void copyBranch(const XMLNode& source, XMLNode& parent) {
 }
 
 void copyPlacement(const XMLNode& source, XMLNode& target) {
+    target.setPlaceOf(source);
     const std::string name = source.getAttributeValue("name");
     if (!name.empty())
         target.attributes["name"] = name;
@@ -53,6 +56,7 @@ void copyPlacement(const XMLNode& source, XMLNode& target) {
             const std::string given = child.getAttributeValue("name");
             if (className == "GeometryComponent" || given == "RigidBodyComponent") {
                 XMLNode* const component = target.addChild("Component");
+                component->setPlaceOf(child);
                 component->attributes["class"] = className;
                 component->attributes["name"] = given.empty() ? className : given;
             }
@@ -84,15 +88,18 @@ Document::Document(const std::filesystem::path& file) : content(std::make_unique
     XMLNode& root = *getRoot();
     if (root.tag != "AgentNode")
         throw ViewerError(file.string() + ": no agent document, its root element is " + root.tag +
-                          " and not AgentNode");
-    visitModelPaths(root, [&](std::string& path) {
+                          " and not AgentNode (" + root.getPlace() + ')');
+    makeRotationsUnit(root);
+    visitModelFields(root, [&](XMLNode& field) {
+        std::string& path = field.attributes["value"];
         if (path.empty())
             return;
         path = (folderOf(file) / path).lexically_normal().string();
         try {
             ModelLoader::instance().check(path);
         } catch (const ViewerError& error) {
-            throw ViewerError(file.string() + ": the model " + error.what());
+            throw ViewerError(file.string() + ": a model can't be read: " + error.what() + " (" + field.getPlace() +
+                              ')');
         }
         content->models.insert(path);
     });
@@ -111,7 +118,10 @@ std::unique_ptr<XMLNode> Document::ofModel(const std::filesystem::path& model, c
 }
 
 void Document::write(XMLNode& root, const std::filesystem::path& file) {
-    visitModelPaths(root, [&](std::string& path) { path = seenFrom(folderOf(file), path); });
+    visitModelFields(root, [&](XMLNode& field) {
+        std::string& path = field.attributes["value"];
+        path = seenFrom(folderOf(file), path);
+    });
     writeXmlFile(root, file);
 }
 

@@ -2,6 +2,7 @@
 
 #include <viewer/BodyNodes.h>
 #include <viewer/Document.h>
+#include <viewer/FaultCount.h>
 #include <viewer/LibrarySetup.h>
 #include <viewer/ModelLoader.h>
 #include <viewer/ModelReading.h>
@@ -32,6 +33,7 @@ struct Scene::Content {
     std::unique_ptr<dynamics::bullet::BulletDynamicsWorld> world =
         std::make_unique<dynamics::bullet::BulletDynamicsWorld>();
     std::unique_ptr<AgentNode> root;
+    int faults = 0;
 };
 
 namespace {
@@ -168,12 +170,15 @@ std::unique_ptr<AgentNode> loadDocument(const std::filesystem::path& file) {
     return root;
 }
 
-void applyDocument(AgentNode& root, const std::filesystem::path& file) {
+/// @return the number of lines of faults.
+int applyDocument(AgentNode& root, const std::filesystem::path& file) {
+    const FaultCount faults;
     const Document document(file);
     root.modifyWithXml(document.getRoot());
     showNodesWithoutBody(root);
     root.modifyWithXml(placementOf(*document.getRoot()).get());
     requireModels(root, &document.getModels(), file); // what an earlier document has left is not this one's fault
+    return faults.tell(file);
 }
 
 } // namespace
@@ -200,7 +205,11 @@ void Scene::reload() {
 
 void Scene::apply(const std::filesystem::path& patch) {
     const ModelPass pass;
-    applyDocument(getRoot(), patch);
+    content->faults = applyDocument(getRoot(), patch);
+}
+
+int Scene::getFaultCount() const {
+    return content->faults;
 }
 
 void Scene::write(const std::filesystem::path& document) {
@@ -221,10 +230,14 @@ std::unique_ptr<Scene::Content> Scene::load() const {
     auto fresh = std::make_unique<Content>();
     fresh->world->setLoadLimits(ModelLoader::instance().getLimits().ofPhysics());
     WorldInUse use(*fresh->world);
-    const bool isDocument = osgDB::getLowerCaseFileExtension(file.string()) == "xml";
-    fresh->root = isDocument ? loadDocument(file) : loadModel(file);
+    {
+        const FaultCount faults;
+        const bool isDocument = osgDB::getLowerCaseFileExtension(file.string()) == "xml";
+        fresh->root = isDocument ? loadDocument(file) : loadModel(file);
+        fresh->faults = faults.tell(file);
+    }
     for (const std::filesystem::path& patch : patches)
-        applyDocument(*fresh->root, patch);
+        fresh->faults += applyDocument(*fresh->root, patch);
     placeAgents(*fresh->root);
     use.keep();
     return fresh;

@@ -41,6 +41,10 @@ public:
     /// @throws ViewerError as the constructor does.
     void apply(const std::filesystem::path& patch);
 
+    /// How many lines of faults were logged by what was read last: by all files together when the scene began, by the
+    /// document that was applied since. The log tells the number for each file too.
+    int getFaultCount() const;
+
     /// Writes the agents as they stand as a document.
     /// @throws ViewerError if the file can't be written.
     void write(const std::filesystem::path& document);

@@ -185,7 +185,8 @@ void Session::applyWatched() {
 bool Session::attempt(const std::string& success, const std::function<void()>& action) {
     try {
         action();
-        tell(success);
+        const int faults = scene.getFaultCount();
+        tell(faults == 0 ? success : success + " (lines of faults in the log: " + std::to_string(faults) + ')');
         return true;
     } catch (const std::exception& error) {
         tell(error.what());

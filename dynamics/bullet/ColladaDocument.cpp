@@ -98,7 +98,8 @@ const Element* Document::find(std::string_view reference, std::string_view tag) 
 }
 
 void Document::complain(const Element& element, const std::string& reason) const {
-    TESSARIN_LOG(logCategory(), logging::Logger::errorLevel, path << ": " << describe(element) << ": " << reason);
+    TESSARIN_LOG(logCategory(), logging::Logger::errorLevel,
+                 describe(element) << ": " << reason << " (" << element.getPlace() << ')');
 }
 
 std::string_view localTag(const Element& element) {

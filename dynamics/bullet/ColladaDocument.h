@@ -27,7 +27,7 @@ public:
     /// it. Null if there is no such element with the tag asked for. An empty tag fits all.
     const Element* find(std::string_view reference, std::string_view tag = {}) const;
 
-    /// One message at level 300: the file, the element by its tag and what names it, and the reason.
+    /// One message at level 300: the element by its tag and what names it, the reason, and the file with the line.
     void complain(const Element& element, const std::string& reason) const;
 
     const std::string& getPath() const { return path; }

@@ -1,3 +1,4 @@
+#include <tests/doubles/LogCapture.h>
 #include <tests/viewer/ViewerTest.h>
 
 #include <sys/resource.h>
@@ -55,29 +56,75 @@ TEST_F(ApplicationTest, BadFilesEndWithOneLineThatNamesThePlace) {
     };
     const std::string place = folder.string() + "/",
                       unknown = ": no model of a known kind, it isn't read; known are 3ds, ";
+    const auto at = [&](const std::string& fileAndLine) { return " (" + place + fileAndLine + ')'; };
+    const std::string mismatch = "mismatched tag: </COLLADA> stands where <asset> of line 2 is to be closed";
     const std::tuple<const char*, std::string, std::string> rows[] = {
-        // file, content, the line from its name on
-        {"broken.xml", "<AgentNode>\n  <Component>\n</AgentNode>\n", ":3:"},
-        {"broken.dae", "<COLLADA>\n <asset></COLLADA>", ":2:"},
-        {"other.xml", "<COLLADA/>", ": no agent document, its root element is COLLADA and not AgentNode"},
-        {"other.dae", "<AgentNode/>", ": no COLLADA file, its root element is AgentNode"},
+        // file, content, the line
+        {"broken.xml", "<AgentNode>\n  <Component>\n</AgentNode>\n",
+         "mismatched tag: </AgentNode> stands where <Component> of line 2 is to be closed" + at("broken.xml:3:3")},
+        {"broken.dae", "<COLLADA>\n <asset></COLLADA>", mismatch + at("broken.dae:2:11")},
+        {"other.xml", "<COLLADA/>",
+         place + "other.xml: no agent document, its root element is COLLADA and not AgentNode" + at("other.xml:1")},
+        {"other.dae", "<AgentNode/>", place + "other.dae: no COLLADA file, its root element is AgentNode"},
         {"circle.dae",
          "<COLLADA><library_nodes><node id='a'><instance_node url='#b'/></node><node id='b'><instance_node url='#c'/>"
          "<node><instance_node url='#c'/><instance_node url='#a'/></node></node><node "
          "id='c'/></library_nodes></COLLADA>",
-         ": the node b contains itself"},
-        {"plain.foo", "hello", unknown},
-        {"empty.dae", "<COLLADA version='1.4.1'/>", ": can't be read"},
-        {"a.xml", naming("broken.dae"), ": the model " + place + "broken.dae:2:"},
-        {"b.xml", naming("missing.dae"), ": the model " + place + "missing.dae: no such file"},
-        {"c.xml", naming("plain.foo"), ": the model " + place + "plain.foo" + unknown}};
+         place + "circle.dae: the node b contains itself"},
+        {"plain.foo", "hello", place + "plain.foo" + unknown},
+        {"empty.dae", "<COLLADA version='1.4.1'/>", place + "empty.dae: can't be read"},
+        {"a.xml", naming("broken.dae"),
+         place + "a.xml: a model can't be read: " + mismatch + at("broken.dae:2:11") + at("a.xml:1")},
+        {"b.xml", naming("\xC2\x9B.dae"), // a control character
+         place + "b.xml: a model can't be read: " + place + "\\u009b.dae: no such file" + at("b.xml:1")},
+        {"c.xml", naming("plain.foo"), place + "c.xml: a model can't be read: " + place + "plain.foo" + unknown}};
     for (const auto& [name, content, line] : rows)
-        EXPECT_THAT(failure({"--frames", "1", write(name, content).string()}), StartsWith(place + name + line));
+        EXPECT_THAT(failure({"--frames", "1", write(name, content).string()}), StartsWith(line));
     for (const char* missing : {"missing.xml", "missing.dae"})
         EXPECT_EQ(failure({"--frames", "1", place + missing}), place + missing + ": no such file");
     EXPECT_EQ(failure({"--frames", "1", folder.string()}), folder.string() + ": is a folder, not a file");
-    EXPECT_THAT(failure({"--frames", "1", "--patch", place + "broken.xml", tower}),
-                StartsWith(place + "broken.xml:3:"));
+    EXPECT_THAT(failure({"--frames", "1", "--patch", place + "broken.xml", tower}), HasSubstr(at("broken.xml:3:3")));
+}
+
+/// What is logged as a fault, category and all.
+class Faults {
+public:
+    std::vector<std::string> take() {
+        std::vector<std::string> lines = agent.takeErrors();
+        for (const std::string& line : viewer.takeErrors())
+            lines.push_back(line);
+        return lines;
+    }
+
+private:
+    doubles::LogCapture agent{"agent"}, viewer{"viewer"};
+};
+
+// Documents are applied twice, and a creation may hand over to a modification.
+TEST_F(ApplicationTest, FaultsInDocumentsAreToldOnceAndCounted) {
+    const std::string content = "<AgentNode name='a'>\n<Component class='SpinBehaviour' name='spin'>\n"
+                                "<field name='degreesPerSecond' value='fast'/></Component>\n"
+                                "<Component class='JointComponent' name='VisualModelComponent'/>\n"
+                                "<AgentNode name='b'><Transform>\n<Translate>1\t2\t3</Translate></Transform>\n"
+                                "<Component class='GeometryComponent' name='g'/></AgentNode>\n"
+                                "<AgentNode name='c'><Component class='GeometryComponent'/></AgentNode></AgentNode>";
+    const std::string document = write("scene.xml", content), patch = write("patch.xml", content),
+                      good = write("good.xml", "<AgentNode name='a'/>");
+    const auto inFile = [](const std::string& file) {
+        return testing::ElementsAre(AllOf(HasSubstr("\"fast\""), testing::EndsWith(" (" + file + ":3)")),
+                                    AllOf(HasSubstr("\"1\t2\t3\""), testing::EndsWith(" (" + file + ":6)")),
+                                    file + ": while it was read 2 lines of faults were logged");
+    };
+    Faults faults;
+    EXPECT_EQ(run({"--frames", "1", document}), 0);
+    EXPECT_THAT(faults.take(), inFile(document));
+    EXPECT_EQ(run({"--frames", "1", "--patch", patch, good}), 0);
+    EXPECT_THAT(faults.take(), inFile(patch));
+    write("scene.xml", "<AgentNode><AgentNode>\n<Component class='GeometryComponent'/></AgentNode></AgentNode>");
+    EXPECT_EQ(run({"--frames", "1", document}), 0);
+    EXPECT_THAT(faults.take(),
+                testing::ElementsAre("Failed to find VisualModelComponent thats corresponds to GeometryComponent",
+                                     document + ": while it was read 1 line of a fault was logged"));
 }
 
 TEST_F(ApplicationTest, WithoutADisplayOnlyFramesRun) {

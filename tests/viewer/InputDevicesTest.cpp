@@ -117,12 +117,13 @@ TEST_F(BindingsTest, WhatIsWrongIsToldInALine) {
     EXPECT_EQ(failure({"--bindings", missing, "x.xml"}), missing + ": no such file");
     const auto refusal = [&](const std::string& text) {
         const std::string file = write("bad.xml", text);
-        const std::string line = failure({"--bindings", file, "x.xml"});
-        EXPECT_EQ(line.compare(0, file.size(), file), 0) << line;
-        return line.substr(file.size());
+        std::string line = failure({"--bindings", file, "x.xml"});
+        for (std::size_t at; (at = line.find(file)) != std::string::npos;)
+            line.replace(at, file.size(), "FILE");
+        return line;
     };
-    EXPECT_EQ(refusal("<Keys/>"), ": no bindings, its root element is Keys and not Bindings");
-    EXPECT_EQ(refusal("<Bindings><VirtualInput"), ":1:11: unclosed token");
+    EXPECT_EQ(refusal("<Keys/>"), "FILE: no bindings, its root element is Keys and not Bindings");
+    EXPECT_EQ(refusal("<Bindings><VirtualInput"), "unclosed token inside <Bindings> of line 1 (FILE:1:11)");
     for (const auto& [binding, line] :
          {std::pair<std::string, std::string>("<Input/>", "unknown element Input"),
           {"<VirtualInput pos='key a'/>", "it has no name"},
@@ -140,7 +141,8 @@ TEST_F(BindingsTest, WhatIsWrongIsToldInALine) {
           {"<VirtualInput name='a'><pos>key a</pos></VirtualInput>", "unknown element pos"},
           {"<VirtualInput name='a' axis='-2' joyNum='0'/>", "axis is to be 0 or more, or -1 for none"},
           {"<VirtualInput name='a' axis='1'/>", "an axis needs the joyNum of its joystick"}})
-        EXPECT_EQ(refusal("<Bindings><VirtualInput name='a'/>" + binding + "</Bindings>"), ": binding 2: " + line);
+        EXPECT_EQ(refusal("<Bindings><VirtualInput name='a'/>" + binding + "</Bindings>"),
+                  "FILE: binding 2: " + line + " (FILE:1)");
 }
 
 TEST(HighlightTest, GoesWithItsComponent) {

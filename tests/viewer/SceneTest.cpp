@@ -1,11 +1,20 @@
+#include <tests/viewer/ColladaText.h>
 #include <tests/viewer/ViewerTest.h>
 
+#include <viewer/UnitRotations.h>
 #include <viewer/ViewerError.h>
 
 #include <agent/GeometryComponent.h>
+#include <dynamics/DynamicsBody.h>
 #include <dynamics/bullet/BulletDynamicsWorld.h>
+#include <xml_parser/XMLNode.h>
+
+#include <gmtl/Generate.h>
+#include <osg/Math>
+#include <osg/Vec3d>
 
 #include <list>
+#include <random>
 
 namespace tessarin::viewer {
 namespace {
@@ -166,6 +175,90 @@ TEST_F(SceneTest, DocumentsNameModelsFromTheirOwnFolder) {
         const std::filesystem::path file = write(name, "");
         scene.write(file);
         EXPECT_THAT(textOf(file), testing::HasSubstr("value=\"" + path.string() + "\""));
+    }
+}
+
+gmtl::Quat<double> randomRotation(std::mt19937& random) {
+    std::normal_distribution<double> normal;
+    std::uniform_real_distribution<double> any(0, osg::PI), hard(osg::PI / 2, 2 * osg::PI / 3);
+    osg::Vec3d axis(normal(random), normal(random), normal(random));
+    axis.normalize();
+    const double angle = random() % 2 == 0 ? any(random) : hard(random);
+    return {axis.x() * std::sin(angle / 2), axis.y() * std::sin(angle / 2), axis.z() * std::sin(angle / 2),
+            std::cos(angle / 2)};
+}
+
+/// The elements of a rotation that is off by less than the tolerance; matrices are told apart by their rows.
+void expectRotation(AgentNode& agent, const gmtl::Quat<double>& expected, double tolerance) {
+    gmtl::Matrix<double, 4, 4> matrix;
+    gmtl::set(matrix, expected);
+    for (unsigned row = 0; row < 3; ++row)
+        for (unsigned column = 0; column < 3; ++column)
+            ASSERT_NEAR(agent.getMatrix()(row, column), matrix(row, column), tolerance) << agent.getName();
+}
+
+TEST_F(SceneTest, RotationsStayThroughAHundredSaves) {
+    std::mt19937 random(7);
+    std::string nodes, bodies, instances;
+    for (int i = 0; i < 6; ++i) {
+        const std::string name = "body" + std::to_string(i);
+        nodes += "<node id='" + name + "' name='" + name + "'/>";
+        bodies += bodyText(name, "<shape><box><half_extents>1 1 1</half_extents></box></shape>");
+        instances += instanceText(name, name);
+    }
+    write("bodies.dae", colladaText("Z_UP", nodes, bodies, instances));
+    const std::filesystem::path file = write(
+        "scene.xml", "<AgentNode name='scene'><Component class='VisualModelComponent' name='VisualModelComponent'>"
+                     "<field name='filePath' value='bodies.dae'/></Component></AgentNode>");
+    std::vector<gmtl::Quat<double>> rotations;
+    {
+        Scene scene(file);
+        for (int i = 0; i < 120; ++i) {
+            const bool hasBody = i < 6;
+            AgentNode& agent = *scene.getRoot().getOrAddChild((hasBody ? "body" : "agent") + std::to_string(i));
+            rotations.push_back(randomRotation(random));
+            ASSERT_EQ(agent.getRigidBody() && agent.getRigidBody()->getBody(), hasBody);
+            if (hasBody)
+                agent.getRigidBody()->getBody()->setRotation(rotations.back());
+            agent.setRotation(rotations.back());
+        }
+        scene.write(file);
+    }
+    for (int save = 0; save < 100; ++save) {
+        Scene scene(file);
+        scene.write(file);
+    }
+    Scene scene(file);
+    auto rotation = rotations.begin();
+    for (int i = 0; i < 120; ++i)
+        expectRotation(*scene.getRoot().getChild((i < 6 ? "body" : "agent") + std::to_string(i)), *rotation++, 1e-5);
+}
+
+TEST(UnitRotations, AreMadeOfThoseThatOnlyRoundingKeepsFromIt) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"0 0 0 1", nullptr},
+        {"0 0 0.6 0.9", nullptr}, // a scaled matrix
+        {"0 0 0 1.01", nullptr},
+        {"0 0 0 0", nullptr},
+        {"0 0 0 nan", nullptr},
+        {"0\t0 0 0.999999", nullptr}, // unreadable to agents too
+        {"0 0 0.999999", nullptr},
+        {"0 0 0.7071x 0.7071", nullptr},
+        {"0.6-0.8 0 0", nullptr},
+        {"  0 0  0 1.000001 ", "0 0 0 1"},
+        {"0 0 0 0.999999 7 x", "0 0 0 1"}, // what follows is ignored anyway
+        {"-0.999999 0 0 0", "-1 0 0 0"},
+        {"0 0 0 9.99999e-1", "0 0 0 1"},
+        {"0.707107 0 0 0.707107", "0.7071067811865475 0 0 0.7071067811865475"},
+        {"0 0.707 0.707 0", "0 0.7071067811865476 0.7071067811865476 0"}};
+    for (const auto& [text, expected] : rows) {
+        xml_parser::XMLNode root("AgentNode", nullptr);
+        xml_parser::XMLNode* const child = root.addChild("AgentNode");
+        child->addChild("Transform")->addChild("Translate")->text = text;
+        child->getChild(0)->addChild("Rotate")->text = text;
+        makeRotationsUnit(root);
+        EXPECT_EQ(child->getChild(0)->getChild(0)->text, text);
+        EXPECT_EQ(child->getChild(0)->getChild(1)->text, expected ? expected : text);
     }
 }
 

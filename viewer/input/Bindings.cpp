@@ -189,7 +189,8 @@ void Bindings::read(const std::filesystem::path& file) {
             for (const char* const button : {"pos", "neg"})
                 requireKnown(root.getChild(i)->getAttributeValue(button), places);
     } catch (const ViewerError& error) {
-        throw ViewerError(file.string() + ": binding " + std::to_string(i + 1) + ": " + error.what());
+        throw ViewerError(file.string() + ": binding " + std::to_string(i + 1) + ": " + error.what() + " (" +
+                          root.getChild(i)->getPlace() + ')');
     }
     all = std::move(result);
 }
