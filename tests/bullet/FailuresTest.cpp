@@ -143,7 +143,7 @@ TEST(Failures, WhatOpenSceneGraphTurnsUpsideDownAndAnimationsWithoutEffectAreSai
         EXPECT_EQ(LoadedWorld(scene).bodies.size(), 1U);
         std::vector<testing::Matcher<std::string>> expected;
         for (const std::string& message : messages) {
-            expected.push_back(AllOf(HasSubstr(".dae: "), HasSubstr(message)));
+            expected.push_back(AllOf(HasSubstr(".dae:"), HasSubstr(message)));
         }
         EXPECT_THAT(log.takeErrors(), testing::ElementsAreArray(expected));
         scene.upAxis = "<up_axis> X_UP </up_axis>";
