@@ -98,8 +98,7 @@ Document::Document(const std::filesystem::path& file) : content(std::make_unique
         try {
             ModelLoader::instance().check(path);
         } catch (const ViewerError& error) {
-            throw ViewerError(file.string() + ": a model can't be read: " + error.what() + " (" + field.getPlace() +
-                              ')');
+            throw ViewerError(file.string() + ": the model " + error.what() + " (" + field.getPlace() + ')');
         }
         content->models.insert(path);
     });

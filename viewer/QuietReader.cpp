@@ -41,7 +41,7 @@ QuietReader::QuietReader(const std::filesystem::path& file) {
     const Silence silence("xml");
     parse(stream);
     if (!getRoot())
-        throw ViewerError(getErrorMessage());
+        throw ViewerError(file.string() + ": " + (getErrorLine() > 0 ? getErrorMessage() : getErrorReason()));
 }
 
 void requireFile(const std::filesystem::path& file) {

@@ -57,12 +57,14 @@ TEST_F(ApplicationTest, BadFilesEndWithOneLineThatNamesThePlace) {
     const std::string place = folder.string() + "/",
                       unknown = ": no model of a known kind, it isn't read; known are 3ds, ";
     const auto at = [&](const std::string& fileAndLine) { return " (" + place + fileAndLine + ')'; };
-    const std::string mismatch = "mismatched tag: </COLLADA> stands where <asset> of line 2 is to be closed";
+    const std::string mismatch =
+        "broken.dae: mismatched tag: </COLLADA> stands where <asset> of line 2 is to be closed";
     const std::tuple<const char*, std::string, std::string> rows[] = {
         // file, content, the line
         {"broken.xml", "<AgentNode>\n  <Component>\n</AgentNode>\n",
-         "mismatched tag: </AgentNode> stands where <Component> of line 2 is to be closed" + at("broken.xml:3:3")},
-        {"broken.dae", "<COLLADA>\n <asset></COLLADA>", mismatch + at("broken.dae:2:11")},
+         place + "broken.xml: mismatched tag: </AgentNode> stands where <Component> of line 2 is to be closed" +
+             at("broken.xml:3:3")},
+        {"broken.dae", "<COLLADA>\n <asset></COLLADA>", place + mismatch + at("broken.dae:2:11")},
         {"other.xml", "<COLLADA/>",
          place + "other.xml: no agent document, its root element is COLLADA and not AgentNode" + at("other.xml:1")},
         {"other.dae", "<AgentNode/>", place + "other.dae: no COLLADA file, its root element is AgentNode"},
@@ -74,10 +76,10 @@ TEST_F(ApplicationTest, BadFilesEndWithOneLineThatNamesThePlace) {
         {"plain.foo", "hello", place + "plain.foo" + unknown},
         {"empty.dae", "<COLLADA version='1.4.1'/>", place + "empty.dae: can't be read"},
         {"a.xml", naming("broken.dae"),
-         place + "a.xml: a model can't be read: " + mismatch + at("broken.dae:2:11") + at("a.xml:1")},
+         place + "a.xml: the model " + place + mismatch + at("broken.dae:2:11") + at("a.xml:1")},
         {"b.xml", naming("\xC2\x9B.dae"), // a control character
-         place + "b.xml: a model can't be read: " + place + "\\u009b.dae: no such file" + at("b.xml:1")},
-        {"c.xml", naming("plain.foo"), place + "c.xml: a model can't be read: " + place + "plain.foo" + unknown}};
+         place + "b.xml: the model " + place + "\\u009b.dae: no such file" + at("b.xml:1")},
+        {"c.xml", naming("plain.foo"), place + "c.xml: the model " + place + "plain.foo" + unknown}};
     for (const auto& [name, content, line] : rows)
         EXPECT_THAT(failure({"--frames", "1", write(name, content).string()}), StartsWith(line));
     for (const char* missing : {"missing.xml", "missing.dae"})

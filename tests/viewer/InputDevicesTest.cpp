@@ -123,7 +123,7 @@ TEST_F(BindingsTest, WhatIsWrongIsToldInALine) {
         return line;
     };
     EXPECT_EQ(refusal("<Keys/>"), "FILE: no bindings, its root element is Keys and not Bindings");
-    EXPECT_EQ(refusal("<Bindings><VirtualInput"), "unclosed token inside <Bindings> of line 1 (FILE:1:11)");
+    EXPECT_EQ(refusal("<Bindings><VirtualInput"), "FILE: unclosed token inside <Bindings> of line 1 (FILE:1:11)");
     for (const auto& [binding, line] :
          {std::pair<std::string, std::string>("<Input/>", "unknown element Input"),
           {"<VirtualInput pos='key a'/>", "it has no name"},
