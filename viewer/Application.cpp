@@ -2,15 +2,19 @@
 
 #include <viewer/Digest.h>
 #include <viewer/FrameLoop.h>
-#include <viewer/Framing.h>
 #include <viewer/ModelLoader.h>
 #include <viewer/Scene.h>
 #include <viewer/Session.h>
 #include <viewer/SimulationTime.h>
+#include <viewer/Standpoint.h>
+#include <viewer/Upward.h>
 #include <viewer/ViewerError.h>
 #include <viewer/Window.h>
+#include <viewer/components/BodyOfAgent.h>
 #include <viewer/input/Bindings.h>
 
+#include <agent/AgentNode.h>
+#include <dynamics/bullet/BulletBodyControl.h>
 #include <logging/Logger.h>
 #include <logging/PrintableText.h>
 
@@ -27,6 +31,7 @@
 #include <exception>
 #include <memory>
 #include <ostream>
+#include <vector>
 
 namespace tessarin::viewer {
 
@@ -56,6 +61,21 @@ std::unique_ptr<Window> openWindow(const Options& options, Scene& scene, osg::Ap
     if (!options.frames)
         throw ViewerError("there is no display to open a window on; --frames N runs without one");
     return nullptr;
+}
+
+void collectMovers(agent::AgentNode& agent, std::vector<osg::Transform*>& movers) {
+    const dynamics::bullet::BulletBodyControl* const body = findBodyControl(&agent);
+    if (body && body->isMovable() && agent.getOsgTransform())
+        movers.push_back(agent.getOsgTransform());
+    for (agent::AgentNode* const child : agent.getChildren())
+        collectMovers(*child, movers);
+}
+
+/// Where the scene is looked at first.
+Standpoint findStandpoint(Scene& scene, const Lens& lens) {
+    std::vector<osg::Transform*> movers;
+    collectMovers(scene.getRoot(), movers);
+    return findStandpoint(scene.getGraph(), movers, lens, findUp());
 }
 
 Bindings readBindings(const Options& options) {
@@ -111,7 +131,7 @@ void Application::runScene(const Options& options, osg::ApplicationUsage& usage)
     Scene scene(options.file, options.patches);
     const std::unique_ptr<Window> window = openWindow(options, scene, usage);
     if (window)
-        window->lookAt(findSubject(scene.getGraph()));
+        window->standAt(findStandpoint(scene, window->getLens()));
     else
         out << "There is no display, so nothing is drawn.\n";
 

@@ -39,6 +39,7 @@ varying vec3 worldPosition;
 uniform mat4 osg_ViewMatrix;
 uniform sampler2D baseTexture;
 uniform vec3 horizonColour;
+uniform vec3 upward;
 uniform vec4 subject;
 uniform vec4 highlight;
 uniform vec4 flash;
@@ -46,7 +47,7 @@ float DynamicShadow();
 void main() {
     vec3 normal = normalize(gl_FrontFacing ? eyeNormal : -eyeNormal);
     vec3 toSun = normalize(gl_LightSource[0].position.xyz);
-    vec3 up = normalize(mat3(osg_ViewMatrix) * vec3(0.0, 0.0, 1.0));
+    vec3 up = normalize(mat3(osg_ViewMatrix) * upward);
     vec3 toEye = normalize(-eyePosition.xyz);
 
     vec4 texel = texture2D(baseTexture, gl_TexCoord[0].xy);
@@ -83,7 +84,6 @@ osg::ref_ptr<osg::LightSource> makeSun() {
     const osg::ref_ptr<osg::LightSource> sun = new osg::LightSource;
     osg::Light& light = *sun->getLight();
     light.setLightNum(0);
-    light.setPosition(osg::Vec4(-1, -0.3f, 1.1f, 0)); // far away, on the left
     light.setDiffuse(osg::Vec4(1, 1, 1, 1));
     light.setAmbient(osg::Vec4(0, 0, 0, 1));
     light.setSpecular(osg::Vec4(1, 1, 1, 1));
@@ -105,23 +105,29 @@ Daylight::Daylight() {
     technique->setMainFragmentShader(new osg::Shader(osg::Shader::FRAGMENT, mainFragmentShader));
     technique->setShadowFragmentShader(new osg::Shader(osg::Shader::FRAGMENT, shadowFragmentShader));
 
-    const osg::ref_ptr<osg::LightSource> sun = makeSun();
-    technique->setLight(sun->getLight());
+    const osg::ref_ptr<osg::LightSource> source = makeSun();
+    sun = source->getLight();
+    technique->setLight(sun);
     group = new osgShadow::ShadowedScene(technique);
-    group->addChild(sun);
+    group->addChild(source);
     osg::StateSet& state = *group->getOrCreateStateSet();
     state.setMode(GL_NORMALIZE, osg::StateAttribute::ON);
     state.addUniform(new osg::Uniform("shadowTexel", 1.0f / float(shadowMapSize)));
     state.addUniform(new osg::Uniform("horizonColour", horizonColour));
     state.addUniform(new osg::Uniform("highlight", osg::Vec4(0, 0, 0, 0))); // see Glow
     state.addUniform(new osg::Uniform("flash", osg::Vec4(0, 0, 0, 0)));
-    setSubject(osg::BoundingSphered(osg::Vec3d(), 1));
+    setStandpoint(standBefore(osg::BoundingBoxd(), {1, 1}));
 }
 
-void Daylight::setSubject(const osg::BoundingSphered& subject) {
+void Daylight::setStandpoint(const Standpoint& place) {
+    osg::Vec3d left = (place.centre - place.eye) ^ place.up;
+    left.normalize();
+    left = -left;
+    const osg::Vec3d towardsEye = place.up ^ left;
+    sun->setPosition(osg::Vec4d(left * 0.79 + towardsEye * 0.68 + place.up * 1.1, 0)); // far away
     group->getOrCreateStateSet()
         ->getOrCreateUniform("subject", osg::Uniform::FLOAT_VEC4)
-        ->set(osg::Vec4(osg::Vec4d(subject.center(), subject.radius())));
+        ->set(osg::Vec4(osg::Vec4d(place.centre, place.radius)));
 }
 
 } // namespace tessarin::viewer

@@ -1,7 +1,9 @@
 #pragma once
 
-#include <osg/BoundingSphere>
+#include <viewer/Standpoint.h>
+
 #include <osg/Group>
+#include <osg/Light>
 #include <osg/ref_ptr>
 
 namespace tessarin::viewer {
@@ -14,11 +16,13 @@ public:
     /// What is to be lit goes under this group.
     osg::Group& getGroup() { return *group; }
 
-    /// Where the scene's subject is: what is many times farther away fades into the horizon.
-    void setSubject(const osg::BoundingSphered& subject);
+    /// From where the scene is looked at first: the sun stands to the left and above, and what is many times farther
+    /// away than what is looked at fades into the horizon.
+    void setStandpoint(const Standpoint& place);
 
 private:
     osg::ref_ptr<osg::Group> group;
+    osg::ref_ptr<osg::Light> sun;
 };
 
 } // namespace tessarin::viewer

@@ -86,14 +86,15 @@ osg::BoundingBoxd findSubject(osg::Node& scene) {
     return subject;
 }
 
-double findDistance(const osg::BoundingBoxd& box, const osg::Vec3d& direction, double halfWidth, double halfHeight) {
-    osg::Vec3d right = osg::Vec3d(0, 0, 1) ^ direction;
+double findDistance(const osg::BoundingBoxd& box, const osg::Vec3d& direction, const osg::Vec3d& up, double halfWidth,
+                    double halfHeight) {
+    osg::Vec3d right = up ^ direction;
     right.normalize();
-    const osg::Vec3d up = direction ^ right;
+    const osg::Vec3d above = direction ^ right;
     double distance = 0;
     for (unsigned i = 0; i < 8; ++i) {
         const osg::Vec3d corner = box.corner(i) - box.center();
-        const double aside = std::max(std::abs(corner * right) / halfWidth, std::abs(corner * up) / halfHeight);
+        const double aside = std::max(std::abs(corner * right) / halfWidth, std::abs(corner * above) / halfHeight);
         distance = std::max(distance, corner * direction + aside);
     }
     return distance;

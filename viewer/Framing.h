@@ -10,8 +10,9 @@ namespace tessarin::viewer {
 osg::BoundingBoxd findSubject(osg::Node& scene);
 
 /// How far from the middle of a box to look at it so that it fills a picture.
-/// @param direction from the box to the eye, of length 1; up is +Z.
+/// @param direction from the box to the eye, of length 1, and not along up.
 /// @param halfWidth, halfHeight tangents of half the angles of view.
-double findDistance(const osg::BoundingBoxd& box, const osg::Vec3d& direction, double halfWidth, double halfHeight);
+double findDistance(const osg::BoundingBoxd& box, const osg::Vec3d& direction, const osg::Vec3d& up, double halfWidth,
+                    double halfHeight);
 
 } // namespace tessarin::viewer

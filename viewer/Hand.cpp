@@ -1,5 +1,7 @@
 #include <viewer/Hand.h>
 
+#include <viewer/Upward.h>
+
 #include <agent/AgentNode.h>
 #include <agent/Input.h>
 
@@ -48,12 +50,13 @@ void Hand::aim(const osg::Camera& camera, double x, double y) {
     direction = osg::Vec3d(x, y, 1) * toWorld - from;
     direction.normalize();
 
-    osg::Vec3d centre, up;
-    camera.getViewMatrixAsLookAt(eye, centre, up);
+    osg::Vec3d centre, upInPicture;
+    camera.getViewMatrixAsLookAt(eye, centre, upInPicture);
     look = centre - eye;
     look.normalize();
-    osg::Vec3d side = look ^ up;
-    side.z() = 0;
+    up = findUp();
+    osg::Vec3d side = look ^ upInPicture;
+    side -= up * (side * up);
     if (side.normalize() > 0)
         right = side;
 }

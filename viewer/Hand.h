@@ -38,8 +38,11 @@ public:
     /// The person's right and away: level, of length 1.
     /// @{
     const osg::Vec3d& getRight() const { return right; }
-    osg::Vec3d getAway() const { return osg::Vec3d(0, 0, 1) ^ right; }
+    osg::Vec3d getAway() const { return up ^ right; }
     /// @}
+
+    /// Against gravity, of length 1.
+    const osg::Vec3d& getUp() const { return up; }
 
     /// The agent under the cursor, as AgentNodeEventHandler found it last: the one that its mouse events are sent to.
     /// Agents below it hear them too, and can tell by this that they are not meant. Null if there was none or it is
@@ -69,6 +72,7 @@ private:
     osg::Vec3d direction = {0, 1, 0};
     osg::Vec3d look = {0, 1, 0};
     osg::Vec3d right = {1, 0, 0};
+    osg::Vec3d up = {0, 0, 1};
     agent::AgentNodeHandle selected;
     const void* held = nullptr;
 };

@@ -24,9 +24,10 @@ void main() {
 
 const char* const fragmentShader = R"(#version 120
 uniform vec3 horizonColour;
+uniform vec3 upward;
 varying vec3 direction;
 void main() {
-    float up = normalize(direction).z;
+    float up = dot(normalize(direction), upward);
     vec3 blue = vec3(0.33, 0.54, 0.80);
     gl_FragColor = vec4(mix(horizonColour, blue, smoothstep(0.0, 0.5, up)), 1.0);
 }

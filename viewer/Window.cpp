@@ -1,6 +1,5 @@
 #include <viewer/Window.h>
 
-#include <viewer/Framing.h>
 #include <viewer/Sky.h>
 #include <viewer/Snapshot.h>
 #include <viewer/ViewerError.h>
@@ -107,21 +106,27 @@ void Window::addHandlers(osg::ApplicationUsage& usage) {
     usage.addKeyboardMouseBinding("escape", "End");
 }
 
-void Window::lookAt(const osg::BoundingBoxd& subject) {
-    const osg::BoundingBoxd box =
-        subject.valid() && subject.radius() > 0 ? subject : osg::BoundingBoxd(-1, -1, -1, 1, 1, 1);
+Lens Window::getLens() const {
     double vertical = 30, aspect = 1, near = 0, far = 0;
     viewer.getCamera()->getProjectionMatrixAsPerspective(vertical, aspect, near, far);
-    const double halfHeight = 0.8 * std::tan(osg::DegreesToRadians(vertical) / 2); // with a margin around it
-    osg::Vec3d direction(-0.45, -1, 0.42);
-    direction.normalize();
-    const double distance = findDistance(box, direction, halfHeight * aspect, halfHeight);
+    const double halfHeight = 0.8 * std::tan(osg::DegreesToRadians(vertical) / 2);
+    return {halfHeight * aspect, halfHeight};
+}
+
+void Window::standAt(const Standpoint& place) {
+    double vertical = 30, aspect = 1, near = 0, far = 0;
+    viewer.getCamera()->getProjectionMatrixAsPerspective(vertical, aspect, near, far);
+    const double distance = (place.eye - place.centre).length();
     // Drawing fits these; rays of the first frame go by them.
     viewer.getCamera()->setProjectionMatrixAsPerspective(vertical, aspect, distance / 20, distance * 1000);
     trackball->setAutoComputeHomePosition(false);
-    trackball->setHomePosition(box.center() + direction * distance, box.center(), osg::Vec3d(0, 0, 1));
+    trackball->setHomePosition(place.eye, place.centre, place.up);
     goHome();
-    daylight.setSubject(osg::BoundingSphered(box.center(), box.radius()));
+    daylight.setStandpoint(place);
+    viewer.getSceneData()
+        ->getOrCreateStateSet()
+        ->getOrCreateUniform("upward", osg::Uniform::FLOAT_VEC3)
+        ->set(osg::Vec3(place.up));
 }
 
 void Window::goHome() {

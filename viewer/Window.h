@@ -1,9 +1,9 @@
 #pragma once
 
 #include <viewer/Daylight.h>
+#include <viewer/Standpoint.h>
 #include <viewer/input/WindowFocus.h>
 
-#include <osg/BoundingBox>
 #include <osg/GraphicsContext>
 #include <osg/Node>
 #include <osg/ref_ptr>
@@ -31,8 +31,11 @@ public:
     /// @param usage what the help screen shows; the keys are added to it.
     Window(osg::GraphicsContext& context, osg::Node& scene, osg::ApplicationUsage& usage);
 
-    /// Puts the camera where the subject fills the picture, now and whenever the person asks for home.
-    void lookAt(const osg::BoundingBoxd& subject);
+    /// What a picture is to be filled with, which leaves a margin.
+    Lens getLens() const;
+
+    /// Puts the camera there, now and whenever the person asks for home. Sun and sky are above by what is up there.
+    void standAt(const Standpoint& place);
 
     /// Puts the camera back there.
     void goHome();

@@ -58,7 +58,7 @@ constexpr int width = 400, height = 300;
 class HandsOnTest : public testing::Test {
 protected:
     HandsOnTest() {
-        window.lookAt(findSubject(scene.getGraph()));
+        window.standAt(standBefore(findSubject(scene.getGraph()), window.getLens()));
         getAgent("brick").addComponent(new RecordingComponent(
             &journal, "", RecordingComponent::Events{AgentEvent::MOUSE_PRESS, AgentEvent::MOUSE_ENTER}));
         do_("mousemove 5 5");
@@ -178,7 +178,7 @@ TEST_F(HandsOnTest, TheCursorHighlightsSelectsAndDrags) {
 
 TEST_F(HandsOnTest, RaysReachSubjectsOfAnySizeBeforeTheFirstPicture) {
     for (const double size : {1e-3, 1.0, 1e6}) {
-        window.lookAt(osg::BoundingBoxd(0, 0, 0, size, size, size));
+        window.standAt(standBefore(osg::BoundingBoxd(0, 0, 0, size, size, size), window.getLens()));
         const osg::Camera& camera = *window.getViewer().getCamera();
         double angle = 0, aspect = 0, near = 0, far = 0;
         camera.getProjectionMatrixAsPerspective(angle, aspect, near, far);

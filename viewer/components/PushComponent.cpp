@@ -38,7 +38,7 @@ void PushComponent::prePhysicsTick() {
     dynamics::bullet::BulletBodyControl* const control = findBodyControl(getAgentNode());
     const osg::Vec3d direction = hand.getRight() * input()->getAxis("push right") +
                                  hand.getAway() * input()->getAxis("push away") +
-                                 osg::Vec3d(0, 0, input()->getAxis("push up"));
+                                 hand.getUp() * input()->getAxis("push up");
     if (!control || direction.length2() == 0)
         return;
     const osg::Vec3d push = direction * (fields.strength * weightOfOne() * control->getMass() * SimulationTime::tick);
