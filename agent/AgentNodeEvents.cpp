@@ -242,19 +242,24 @@ void AgentNode::dispatchEvent(AgentEvent::_AgentEventEnum event) {
 
 /// The whole dispatch where the agent listens; else that to the children from the entry on.
 void AgentNode::dispatchFrom(std::list<AgentNode*>::iterator entry, AgentEvent::_AgentEventEnum event) {
-    const Visit visit(*this);
     if (listens(event)) {
+        const Visit visit(*this);
         eventSignals[event].emit();
         if (visit.isOver())
             return;
         entry = children.begin();
     }
-    for (ChildWalk walk(*this, entry); AgentNode* child = walk.get(); walk.advance()) {
-        prefetchNext(walk.current);
-        if (!child->isSilentLeaf(event))
-            child->dispatchEvent(event);
+    if (entry != children.end()) {
+        ChildWalk walk(*this, entry);
+        for (; AgentNode* child = walk.get(); walk.advance()) {
+            prefetchNext(walk.current);
+            if (!child->isSilentLeaf(event))
+                child->dispatchEvent(event);
+        }
+        if (walk.isOver())
+            return;
     }
-    if (!visit.isOver() && sweepIsDue)
+    if (sweepIsDue)
         removeMarkedChildren();
 }
 

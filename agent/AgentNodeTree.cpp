@@ -56,7 +56,6 @@ bool AgentNode::isAbove(const AgentNode* node) const {
 }
 
 void AgentNode::listChild(AgentNode* child) {
-    checkEntries();
     children.push_back(child);
     ++childCount;
     const bool isFirstEntry = child->listing.isEmpty();
@@ -104,7 +103,8 @@ std::list<AgentNode*>::iterator AgentNode::findChild(AgentNode* child) {
     checkEntries();
     if (!child->listing.holds(this))
         return children.end();
-    return knowsEntries && child->listing.isOnlyIn(this) ? child->listEntry : findFromBothEnds(children, child);
+    const bool isKnown = knowsEntries && child->listing.isOnlyIn(this) && *child->listEntry == child;
+    return isKnown ? child->listEntry : findFromBothEnds(children, child);
 }
 
 /// Finds out what the host has done to the list itself. It may reorder it; then entries may have moved, and children

@@ -75,6 +75,8 @@ TEST(AgentCopy, AssignmentLetsGoAndThenSees) {
     {
         for (int i = 0; i < 100; ++i) // so many leave the scene graph together
             marked.addChild("child");
+        marked.addComponent("JointComponent");
+        const AgentNode ending(marked);
         AgentNode view(source);
         view = marked;
         const osg::ref_ptr<osg::Transform> own = new osg::MatrixTransform;
@@ -82,8 +84,7 @@ TEST(AgentCopy, AssignmentLetsGoAndThenSees) {
         EXPECT_EQ(AgentNode::getAgentNode(marked.getOsgTransform()), &marked);
         view.setOsgTransform(own);
         EXPECT_EQ(AgentNode::getAgentNode(own), &view);
-        view = target; // both see what they see together with others, and let go of it
-        view = marked;
+        view = target; // it lets go of what others see too
     }
     EXPECT_EQ(marked.getOsgTransform()->getNumChildren(), 100u);
     source = target; // back again: nobody owns the child any more

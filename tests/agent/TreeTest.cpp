@@ -46,15 +46,20 @@ TEST(AgentNodeDeathTest, ChildrenMayBeReorderedInTheListAndNoMore) {
     for (const char* const name : {"a", "b", "c", "d", "e", "f"})
         root.addChild(name);
     std::list<AgentNode*>& children = root.getChildren();
-    children.reverse();
-    std::iter_swap(children.begin(), --children.end());
-    std::iter_swap(++children.begin(), -- --children.end());
-    for (const char* const name : {"c", "f", "a", "b"}) {
+    const auto remove = [&](const char* name) {
         const Owned taken(root.getChild(name));
         root.removeChild(taken.get());
         names.push_back(childNames(root));
-    }
-    EXPECT_THAT(names, ElementsAre("a b d e f", "a b d e", "b d e", "d e"));
+    };
+    children.reverse();
+    std::iter_swap(std::next(children.begin()), std::prev(children.end(), 2)); // in the middle, and then at the ends
+    remove("b");
+    std::iter_swap(children.begin(), std::prev(children.end()));
+    for (const char* const name : {"f", "a"})
+        remove(name);
+    std::list<AgentNode*>(children.rbegin(), children.rend()).swap(children);
+    remove("d");
+    EXPECT_THAT(names, ElementsAre("f d c e a", "a d c e", "d c e", "e c"));
 
     const auto splice = [](bool emptied) {
         auto from = std::make_unique<AgentNode>(), to = std::make_unique<AgentNode>();
