@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <random>
 
 #include <unistd.h>
 
@@ -142,9 +143,48 @@ void removeTransforms(benchmark::State& state) {
     }
 }
 
+constexpr int wide = 20000;
+
+// What leaves in the middle moves OpenSceneGraph's array of children, so its own groups' time is the measure.
+void removeFromWideParent(benchmark::State& state) {
+    for (auto _ : state) {
+        AgentNode parent;
+        std::vector<AgentNode*> children;
+        for (int i = 0; i < wide; ++i) {
+            children.push_back(parent.addChild(nameOfNode(i)));
+        }
+        std::shuffle(children.begin(), children.end(), std::mt19937(1));
+        const Stopwatch watch;
+        for (AgentNode* const child : children) {
+            parent.removeChild(child);
+        }
+        state.SetIterationTime(watch.stop());
+        for (AgentNode* const child : children) {
+            delete child;
+        }
+    }
+}
+
+void removeFromWideGroup(benchmark::State& state) {
+    for (auto _ : state) {
+        const osg::ref_ptr<osg::MatrixTransform> group = new osg::MatrixTransform;
+        std::vector<osg::ref_ptr<osg::Node>> children;
+        for (int i = 0; i < wide; ++i) {
+            group->addChild(children.emplace_back(new osg::MatrixTransform));
+        }
+        std::shuffle(children.begin(), children.end(), std::mt19937(1));
+        const Stopwatch watch;
+        for (const osg::ref_ptr<osg::Node>& child : children) {
+            group->removeChild(child);
+        }
+        state.SetIterationTime(watch.stop());
+    }
+}
+
 const RowRegistration rows[] = {
     RowRegistration({"build_destroy", 1.2, agentsInChild, transformsInChild, treeSize, true, Unit::nanoseconds, 1}),
     RowRegistration({"destroy_scattered", 1.5, removeAgents, removeTransforms, scattered, true, Unit::nanoseconds, 1}),
+    RowRegistration({"destroy_wide", 1.0, removeFromWideParent, removeFromWideGroup, wide, true, Unit::nanoseconds, 1}),
     RowRegistration({"growth", 1.0, agentsGrowth, transformsGrowth, 1, true, Unit::times, 1}),
     RowRegistration({"memory", 1.4, agentsMemory, transformsMemory, treeSize, true, Unit::bytes, 1}),
 };

@@ -49,28 +49,6 @@ TEST_F(Scale, ManyChildrenAreSweptDeletedAndTakenOut) {
     EXPECT_EQ(orphans.back()->getParent(), nullptr);
 }
 
-// What leaves in the middle moves OpenSceneGraph's array of children, so the measure is its own groups' time.
-TEST_F(Scale, ChildrenLeaveInRandomOrderFasterThanTheirTransformsAlone) {
-    const auto group = osg::ref_ptr<osg::MatrixTransform>(new osg::MatrixTransform);
-    std::vector<osg::ref_ptr<osg::Node>> nodes;
-    std::vector<AgentNode*> agents;
-    for (int i = 0; i < 20'000; ++i) {
-        group->addChild(nodes.emplace_back(new osg::MatrixTransform));
-        agents.push_back(root->addChild(std::string()));
-    }
-    std::shuffle(nodes.begin(), nodes.end(), std::mt19937(1));
-    std::shuffle(agents.begin(), agents.end(), std::mt19937(1));
-    const std::clock_t start = std::clock();
-    for (const auto& node : nodes)
-        group->removeChild(node);
-    const std::clock_t between = std::clock();
-    for (AgentNode* const agent : agents)
-        root->removeChild(agent);
-    EXPECT_LT(std::clock() - between, between - start);
-    for (AgentNode* const agent : agents)
-        delete agent;
-}
-
 TEST_F(Scale, ALargeDocumentIsWrittenReadAndApplied) {
     for (int i = 0; i < 300; ++i)
         for (int j = 0; j < 100; ++j)
