@@ -26,7 +26,7 @@ RigidBodyComponent& RigidBodyComponent::operator=(const RigidBodyComponent& othe
     if (this == &other)
         return *this;
     if (body.isOwner() && body.get() != other.body.get())
-        body.get()->setUserData(nullptr);
+        release(*body.get());
     Component::operator=(other);
     body = other.body;
     if (isOnAgent())
@@ -81,6 +81,13 @@ void RigidBodyComponent::setBody(dynamics::DynamicsBody* newBody) {
     if (newBody)
         newBody->setUserData(this);
     followBody();
+}
+
+/// The body belongs to the caller from here on, and this component's copies don't see it any more.
+void RigidBodyComponent::release(dynamics::DynamicsBody& released) {
+    released.setUserData(nullptr);
+    if (auto* const source = dynamic_cast<dynamics::PoseSource*>(&released))
+        source->dismissReaders();
 }
 
 /// From here on the agent has none of the body's poses.

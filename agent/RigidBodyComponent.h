@@ -56,6 +56,7 @@ public:
 private:
     friend class AgentNode;
 
+    static void release(dynamics::DynamicsBody& released);
     void followBody();
 
     OwnedPointer<dynamics::DynamicsBody> body;

@@ -18,6 +18,9 @@ public:
     PoseSource(const PoseSource&) = delete;
     PoseSource& operator=(const PoseSource&) = delete;
 
+    /// Whoever has followed doesn't any more. For an owner who gives the body away.
+    void dismissReaders() { ledger = std::make_shared<Ledger>(); }
+
 protected:
     PoseSource() = default;
     virtual ~PoseSource() = default;
@@ -44,7 +47,7 @@ private:
         std::size_t upToDate = 0; // so many of them have the present pose
     };
 
-    const std::shared_ptr<Ledger> ledger = std::make_shared<Ledger>();
+    std::shared_ptr<Ledger> ledger = std::make_shared<Ledger>();
 };
 
 } // namespace tessarin::dynamics

@@ -67,7 +67,11 @@ public:
             [&] { bodyAt().setPosition(place(2)); },
             [&] { bodyAt().setRotation(gmtl::Quat<double>(below(3), below(3), below(3), 1)); },
             [&] { bodyAt().setMatrix(LoadedWorld::poseOf(bodyAt())); },
-            [&] { applyDocument(); },
+            [&] {
+                agentAt().modifyWithXml("<AgentNode><Transform><Translate>1 2 3</Translate><Rotate>0 0 0 1</Rotate>"
+                                        "</Transform><Component class='RigidBodyComponent' name='RigidBodyComponent'/>"
+                                        "</AgentNode>");
+            },
             [&] { root.removeChild(&agentAt()); },
             [&] { replaceTransform(agentAt()); },
             [&] { moveComponent(); },
@@ -141,12 +145,6 @@ private:
         return std::find(children.begin(), children.end(), &agent) != children.end();
     }
 
-    void applyDocument() {
-        AgentNode& agent = agentAt();
-        agent.modifyWithXml("<AgentNode><Transform><Translate>1 2 3</Translate><Rotate>0 0 0 1</Rotate></Transform>"
-                            "<Component class='RigidBodyComponent' name='RigidBodyComponent'/></AgentNode>");
-    }
-
     static void replaceTransform(AgentNode& agent) {
         agent.setOsgTransform(nullptr);
         if (agent.getRigidBody())
@@ -181,29 +179,15 @@ private:
         second.setName("RigidBodyComponent");
         first.setBody(ofSecond);
         second.setBody(ofFirst);
-        // Views see what a component had when they were made.
-        for (auto& agent : agents)
-            if (agent->getName() == "view")
-                dropView(*agent);
     }
 
-    void dropView(AgentNode& agent) {
-        if (RigidBodyComponent* const seen = agent.getRigidBody()) {
-            if (std::find(holders.begin(), holders.end(), seen) != holders.end())
-                return;
-            agent.removeComponent(seen);
-            delete seen;
-        }
-    }
-
-    /// A copy of a component carries the same poses to another agent, a new one or one that had a view before.
+    /// A copy of a component carries the same poses to another agent, and one that is on no agent waits for none.
     void view() {
-        for (auto& agent : agents)
-            if (agent->getName() == "view")
-                dropView(*agent);
-        agents.push_back(std::make_unique<AgentNode>("view"));
-        agents.back()->addComponent(new RigidBodyComponent(holderAt()));
         const RigidBodyComponent nowhere(holderAt());
+        if (agents.size() > 9)
+            return;
+        agents.push_back(std::make_unique<AgentNode>("view"));
+        agents.back()->addComponent(new RigidBodyComponent(nowhere));
         if (below(2) == 0)
             *agents.back()->getRigidBody() = holderAt();
         if (below(2) == 0)
@@ -218,7 +202,7 @@ private:
 };
 
 TEST(Poses, ReachEveryAgentWithTheNextUpdateAndThenNothingIsAskedTwice) {
-    for (unsigned seed = 0; seed < 40; ++seed) {
+    for (unsigned seed = 0; seed < 25; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         Bodies bodies(seed);
         for (int round = 0; round < 60 && !testing::Test::HasFailure(); ++round) {
