@@ -25,7 +25,8 @@ ModelLimits ModelLimits::times(double factor) const {
 
 dynamics::bullet::LoadLimits ModelLimits::ofPhysics() const {
     dynamics::bullet::LoadLimits limits;
-    for (double* limit : {&limits.modelInstances, &limits.bodies, &limits.joints, &limits.shapes, &limits.triangles})
+    for (double* limit :
+         {&limits.modelInstances, &limits.bodies, &limits.joints, &limits.shapes, &limits.triangles, &limits.meetings})
         *limit *= physics;
     return limits;
 }

@@ -3,10 +3,13 @@
 #include <dynamics/DynamicsBodyFunctor.h>
 #include <dynamics/bullet/BodyShapeBuilder.h>
 #include <dynamics/bullet/BulletBody.h>
+#include <dynamics/bullet/BulletConversions.h>
+#include <dynamics/bullet/ColladaCount.h>
 #include <dynamics/bullet/ColladaDocument.h>
 #include <dynamics/bullet/ColladaPhysicsReader.h>
 #include <dynamics/bullet/DynamicsLog.h>
 #include <dynamics/bullet/JointMaker.h>
+#include <dynamics/bullet/MeetingBounds.h>
 #include <dynamics/bullet/WorldCore.h>
 
 #include <cassert>
@@ -46,38 +49,54 @@ collada::Material materialOf(const collada::RigidBody& body) {
     return {};
 }
 
-/// Null, which has been reported, if the description gives no shape.
-std::unique_ptr<BulletBody> makeBody(const collada::BodyInstance& instance, const Affine& placement,
-                                     const PolarParts& parts, const Affine& nodeToWorld,
-                                     const std::shared_ptr<WorldCore>& core, const Report& report) {
-    BodyShape shape = buildBodyShape(instance.body, parts.stretch, report);
-    if (!shape.whole()) {
-        report(Logger::errorLevel, "has no shape that can be used, the body is left out");
-        return nullptr;
-    }
-    auto body = std::make_unique<BulletBody>(core, instance.name, std::move(shape), materialOf(instance.body),
-                                             Affine{parts.rotation, nodeToWorld.translation});
-    const Matrix3 turn = polarPartsOf(placement.linear).rotation;
-    body->setLinearVelocity(toVelocity(turn * instance.velocity));
-    body->setAngularVelocity(toVelocity(turn * instance.angularVelocity));
-    return body;
-}
+/// A body of a file that is ready to be made, without shapes if it is left out.
+struct Plan {
+    BodyShape shape;
+    Affine pose;
+    Matrix3 stretch = identityMatrix3;
+};
 
-/// @return what joints have to know of the body.
-MadeBody addBody(const collada::BodyInstance& instance, const Affine& placement, const std::shared_ptr<WorldCore>& core,
-                 const Report& report, Made& made) {
+Plan planBody(const collada::BodyInstance& instance, const Affine& placement, const Report& report) {
     const Affine nodeToWorld = placement * instance.nodeToWorld;
     if (!isFinite(nodeToWorld) || !(length(nodeToWorld.translation) < farthestPlace)) {
         report(Logger::errorLevel, "its place in the world is out of range, the body is left out");
-        return {nullptr, identityMatrix3};
+        return {};
     }
     const PolarParts parts = polarPartsOf(nodeToWorld.linear);
-    std::unique_ptr<BulletBody> body = makeBody(instance, placement, parts, nodeToWorld, core, report);
-    BulletBody* const raw = body.get();
-    if (body) {
-        made.bodies.push_back(std::move(body));
+    Plan plan = {
+        buildBodyShape(instance.body, parts.stretch, report), {parts.rotation, nodeToWorld.translation}, parts.stretch};
+    if (!plan.shape.whole()) {
+        report(Logger::errorLevel, "has no shape that can be used, the body is left out");
     }
-    return {raw, parts.stretch};
+    return plan;
+}
+
+/// @throws std::runtime_error if more pairs of bodies meet than are allowed.
+void checkMeetings(const std::vector<Plan>& plans, double limit) {
+    std::vector<Bounds> bounds;
+    for (const Plan& plan : plans) {
+        if (const btCollisionShape* const whole = plan.shape.whole()) {
+            bounds.emplace_back();
+            bounds.back().isMovable = plan.shape.mass > 0;
+            whole->getAabb(toBullet(plan.pose * plan.shape.massFrame), bounds.back().low, bounds.back().high);
+        }
+    }
+    collada::requireAtMost(limit, countMeetings(std::move(bounds), limit), "pairs of bodies that meet, or more");
+}
+
+/// @return what joints have to know of the body.
+MadeBody addBody(const collada::BodyInstance& instance, Plan plan, const Affine& placement,
+                 const std::shared_ptr<WorldCore>& core, Made& made) {
+    if (!plan.shape.whole()) {
+        return {nullptr, plan.stretch};
+    }
+    auto body =
+        std::make_unique<BulletBody>(core, instance.name, std::move(plan.shape), materialOf(instance.body), plan.pose);
+    const Matrix3 turn = polarPartsOf(placement.linear).rotation;
+    body->setLinearVelocity(toVelocity(turn * instance.velocity));
+    body->setAngularVelocity(toVelocity(turn * instance.angularVelocity));
+    made.bodies.push_back(std::move(body));
+    return {made.bodies.back().get(), plan.stretch};
 }
 
 void makeAll(const std::string& filePath, const Affine& placement, const LoadLimits& limits,
@@ -87,21 +106,26 @@ void makeAll(const std::string& filePath, const Affine& placement, const LoadLim
     if (!root) {
         return;
     }
+    const auto reportFor = [&filePath](const std::string& label) {
+        return [&filePath, &label](int level, const std::string& text) {
+            TESSARIN_LOG(logCategory(), level, filePath << ": " << label << ": " << text);
+        };
+    };
     const collada::Physics physics = collada::PhysicsReader(document, *root, limits).read();
+    std::vector<Plan> plans;
+    for (const collada::BodyInstance& instance : physics.bodies) {
+        plans.push_back(planBody(instance, placement, reportFor(instance.label)));
+    }
+    checkMeetings(plans, limits.meetings);
     if (physics.gravity) {
         core->setGravity(*physics.gravity);
     }
     if (physics.timeStep) {
         core->setFixedStep(*physics.timeStep);
     }
-    const auto reportFor = [&filePath](const std::string& label) {
-        return [&filePath, &label](int level, const std::string& text) {
-            TESSARIN_LOG(logCategory(), level, filePath << ": " << label << ": " << text);
-        };
-    };
     std::vector<MadeBody> bodies;
-    for (const collada::BodyInstance& instance : physics.bodies) {
-        bodies.push_back(addBody(instance, placement, core, reportFor(instance.label), made));
+    for (std::size_t i = 0; i < plans.size(); ++i) {
+        bodies.push_back(addBody(physics.bodies[i], std::move(plans[i]), placement, core, made));
     }
     for (const collada::ConstraintInstance& constraint : physics.constraints) {
         if (auto joint = makeJoint(constraint, bodies, placement, core, reportFor(constraint.label))) {

@@ -235,7 +235,8 @@ TEST(Failures, AFileThatWouldBecomeTooMuchEndsWithOneLineAndNothingOfItComesIn) 
         {&LoadLimits::bodies, 3, "bodies"},
         {&LoadLimits::joints, 1, "joints"},
         {&LoadLimits::shapes, 4, "shapes"},
-        {&LoadLimits::triangles, 6, "triangles"}};
+        {&LoadLimits::triangles, 6, "triangles"},
+        {&LoadLimits::meetings, 1, "pairs of bodies that meet"}};
     doubles::LogCapture log("dynamics");
     const auto expectNothing = [&](const std::string& file, const LoadLimits& limits, const char* message) {
         LoadedWorld loaded;
