@@ -1,5 +1,6 @@
 #include <agent/AgentNode.h>
 
+#include <agent/AgentNodeLookUps.h>
 #include <agent/AgentNodeWalk.h>
 #include <agent/Component.h>
 #include <agent/RigidBodyComponent.h>
@@ -53,6 +54,7 @@ void AgentNode::viewListsOf(const AgentNode& other) {
     connectedEvents = 0xFFFF;
     other.connectedEvents = 0xFFFF;
 
+    LookUps::forget(*this);
     components = other.components;
     for (Component* const component : components)
         component->listing.enter(this, true);
@@ -97,6 +99,7 @@ AgentNode::~AgentNode() {
             component->agentNode = this;
     if (allAgentsEntry != allAgents.end())
         allAgents.erase(allAgentsEntry);
+    LookUps::forget(*this);
     Visit::endAll(*this);
     checkEntries();
     for (AgentNode* const agent : listing.getAgents())
@@ -111,6 +114,7 @@ AgentNode::~AgentNode() {
     destroyComponents();
     destroyChildren();
     expireHandles();
+    LookUps::forget(*this);
 }
 
 void AgentNode::destroyComponents() {
@@ -167,11 +171,15 @@ void AgentNode::removeOsgNode(osg::Node* node, int times) {
 }
 
 void AgentNode::deleteChild(AgentNode* child) {
+    ++hostCalls;
     delete child;
+    ++hostCalls;
 }
 
 void AgentNode::deleteComponent(Component* component) {
+    ++hostCalls;
     delete component;
+    ++hostCalls;
 }
 
 const char* AgentNode::getClassName() {

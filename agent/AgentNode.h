@@ -300,6 +300,7 @@ private:
     struct Walk;
     struct ChildWalk;
     struct ComponentWalk;
+    struct LookUps;
 
     void deleteChild(AgentNode* child);
     void deleteComponent(Component* component);
@@ -343,8 +344,11 @@ private:
     bool owns(const AgentNode* child) const { return !child->listing.isSharedWith(this); }
     bool isVisited() const;
 
+    static AgentNode* createAndTell(xml_parser::XMLNode* node);
     static void deleteUnheld(AgentNode* agent);
     static void deleteUnheld(Component* component);
+    static Component* findVisualModel(AgentNode* agent);
+    static bool tieGeometry(GeometryComponent& geometry);
     static AgentNode* internalCreateFromXml(xml_parser::XMLNode* node);
     static Component* modifyComponentWithXml(Component* component, xml_parser::XMLNode* node);
     void internalModifyWithXml(xml_parser::XMLNode* node);

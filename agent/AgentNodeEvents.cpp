@@ -1,11 +1,11 @@
 #include <agent/AgentNode.h>
 
+#include <agent/AgentNodeLookUps.h>
 #include <agent/AgentNodeWalk.h>
 #include <agent/Component.h>
 #include <agent/ComponentHandle.h>
-#include <agent/HookGuard.h>
+#include <agent/HookOf.h>
 #include <agent/ListSearch.h>
-#include <agent/RigidBodyComponent.h>
 #include <agent/SceneGraph.h>
 #include <logging/Log.h>
 
@@ -88,7 +88,7 @@ Component* AgentNode::addComponent(Component* component) {
 
     std::list<AgentEvent::_AgentEventEnum> events;
     bool choosy = true;
-    callHook("getSupportedEvents", [&] { choosy = component->getSupportedEvents(events); });
+    callHookOf(*component, "getSupportedEvents", [&] { choosy = component->getSupportedEvents(events); });
     if (visit.isOver() || !holds(handle))
         return component;
     if (choosy) {
@@ -100,17 +100,17 @@ Component* AgentNode::addComponent(Component* component) {
         for (int event = 0; event < AgentEvent::COUNT; ++event)
             connect(component, static_cast<AgentEvent::_AgentEventEnum>(event));
     }
-    callHook("attached", [component] { component->attached(); });
+    callHookOf(*component, "attached", [component] { component->attached(); });
     return component;
 }
 
 void AgentNode::tellAgentNode(Component* component, AgentNode* node) {
-    callHook("setAgentNode", [&] { component->setAgentNode(node); });
+    callHookOf(*component, "setAgentNode", [&] { component->setAgentNode(node); });
 }
 
 osg::Node* AgentNode::osgNodeOf(Component* component) {
     osg::Node* node = nullptr;
-    callHook("getOsgNode", [&] { node = component->getOsgNode(); });
+    callHookOf(*component, "getOsgNode", [&] { node = component->getOsgNode(); });
     return node;
 }
 
@@ -123,6 +123,7 @@ void AgentNode::listComponent(Component* component) {
     for (Visit* visit = visits; visit; visit = visit->outer)
         if (visit->kind == Visit::WALK_OVER_COMPONENTS)
             static_cast<ComponentWalk*>(visit)->append();
+    LookUps::appended(*this, component);
 }
 
 void AgentNode::connect(Component* component, AgentEvent::_AgentEventEnum event) {
@@ -178,6 +179,7 @@ int AgentNode::unlistComponent(Component* component) {
         for (Visit* visit = visits; visit; visit = visit->outer)
             if (visit->kind == Visit::WALK_OVER_COMPONENTS)
                 static_cast<ComponentWalk*>(visit)->leave(entry);
+        LookUps::leaving(*this, *entry);
         components.erase(entry);
         ++count;
         entry = component->listing.isRepeated() ? findFromBothEnds(components, component) : components.end();

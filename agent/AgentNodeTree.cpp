@@ -1,5 +1,6 @@
 #include <agent/AgentNode.h>
 
+#include <agent/AgentNodeLookUps.h>
 #include <agent/AgentNodeOsgUserData.h>
 #include <agent/AgentNodeWalk.h>
 #include <agent/ListSearch.h>
@@ -67,12 +68,14 @@ void AgentNode::listChild(AgentNode* child) {
     for (Visit* visit = visits; visit; visit = visit->outer)
         if (visit->kind == Visit::WALK_OVER_CHILDREN)
             static_cast<ChildWalk*>(visit)->append();
+    LookUps::appended(*this, child);
 }
 
 void AgentNode::eraseChild(std::list<AgentNode*>::iterator erased) {
     for (Visit* visit = visits; visit; visit = visit->outer)
         if (visit->kind == Visit::WALK_OVER_CHILDREN)
             static_cast<ChildWalk*>(visit)->leave(erased);
+    LookUps::leaving(*this, *erased);
     children.erase(erased);
     --childCount;
     knowsEntries = knowsEntries || children.empty();
@@ -126,6 +129,7 @@ bool AgentNode::isEntryOf(const AgentNode* child, std::list<AgentNode*>::iterato
 
 /// Makes what the children know of the list agree with it.
 void AgentNode::adoptEntries() {
+    LookUps::forget(*this);
     const std::unordered_set<const AgentNode*> listed(children.begin(), children.end());
     for (AgentNode* const agent : allAgents)
         if (agent->listing.holds(this) && listed.count(agent) == 0)

@@ -1,16 +1,15 @@
 #include <agent/AgentNode.h>
 
+#include <agent/AgentNodeLookUps.h>
 #include <agent/AgentNodeWalk.h>
 #include <agent/ComponentHandle.h>
 #include <agent/DocumentFaults.h>
 #include <agent/DocumentReader.h>
 #include <agent/DocumentTransform.h>
-#include <agent/GeometryComponent.h>
-#include <agent/RigidBodyComponent.h>
+#include <agent/HookOf.h>
 #include <agent/VisualModelComponent.h>
 #include <dynamics/DynamicsBody.h>
 #include <logging/Log.h>
-#include <sceneutils/FindNodeVisitor.h>
 #include <xml_parser/XMLNode.h>
 
 #include <osg/MatrixTransform>
@@ -45,6 +44,7 @@ void AgentNode::modifyWithXml(const std::string& text, const std::string& source
 void AgentNode::modifyWithXml(XMLNode* node) {
     if (!node)
         return;
+    ++hostCalls; // in a hook there may be a pass already
     const DocumentPass pass;
     const ElementInWork work(*node);
     const Visit visit(*this);
@@ -53,14 +53,12 @@ void AgentNode::modifyWithXml(XMLNode* node) {
         sendEvent(AgentEvent::AGENT_MODIFIED);
 }
 
-namespace {
-
 /// The component named "VisualModelComponent" of the nearest agent upwards, or null. Agents taken out of the tree go on
 /// naming their former parents, so the way up may lead in a circle; the slow climber is met then.
-Component* findVisualModel(AgentNode* agent) {
+Component* AgentNode::findVisualModel(AgentNode* agent) {
     AgentNode* slow = agent;
     for (bool odd = false; agent; odd = !odd) {
-        if (Component* const model = agent->getComponent("VisualModelComponent"))
+        if (Component* const model = LookUps::findComponent(*agent, "VisualModelComponent"))
             return model;
         agent = agent->getParent();
         if (odd)
@@ -73,7 +71,7 @@ Component* findVisualModel(AgentNode* agent) {
 
 /// Ties a geometry component to the model's node of its agent's name. False ends the pass over the agent's element:
 /// there is a visual model, but it is empty.
-bool tieGeometry(GeometryComponent& geometry) {
+bool AgentNode::tieGeometry(GeometryComponent& geometry) {
     AgentNode* const agent = geometry.getAgentNode();
     Component* const found = findVisualModel(agent);
     if (!found) {
@@ -87,15 +85,15 @@ bool tieGeometry(GeometryComponent& geometry) {
     if (!model)
         return false;
 
-    sceneutils::FindNodeVisitor finder(agent->getName());
-    model->accept(finder);
-    osg::Node* const node = finder.getFirst();
+    osg::Node* const node = LookUps::findNode(*model, agent->getName());
     osg::Transform* const transform = node ? node->asTransform() : nullptr;
     if (osg::MatrixTransform* const placed = transform ? transform->asMatrixTransform() : nullptr)
         placed->setMatrix(osg::Matrixd());
     geometry.setOsgNode(node ? osg::ref_ptr<osg::Node>(node) : model);
     return true;
 }
+
+namespace {
 
 void placeBody(RigidBodyComponent& component, const DocumentTransform& transform) {
     dynamics::DynamicsBody* const body = component.getBody();
@@ -124,6 +122,7 @@ void AgentNode::internalModifyWithXml(XMLNode* node) {
         setMatrix(transform.matrix);
 
     const Visit visit(*this);
+    const LookUps::Pass pass;
     for (int i = 0; i < node->getNumChildren() && !visit.isOver(); ++i) {
         XMLNode* const element = node->getChild(i);
         if (element->tag == "AgentNode")
@@ -137,12 +136,12 @@ void AgentNode::internalModifyWithXml(XMLNode* node) {
 void AgentNode::modifyChildWithXml(XMLNode* element) {
     std::string name;
     element->getAttributeValueString("name", name);
-    if (AgentNode* const child = getChild(name)) {
+    if (AgentNode* const child = LookUps::findChild(*this, name)) {
         child->internalModifyWithXml(element);
         return;
     }
     const Visit visit(*this);
-    AgentNode* const child = createFromXml(element);
+    AgentNode* const child = createAndTell(element);
     if (!child)
         return;
     if (visit.isOver())
@@ -158,7 +157,7 @@ bool AgentNode::modifyOrAddComponent(XMLNode* element, const DocumentTransform& 
 
     const ElementInWork work(*element);
     const Visit visit(*this);
-    Component* component = name.empty() ? nullptr : getComponent(name);
+    Component* component = name.empty() ? nullptr : LookUps::findComponent(*this, name);
     if (component) {
         component = modifyComponentWithXml(component, element);
     } else {
@@ -178,9 +177,14 @@ bool AgentNode::modifyOrAddComponent(XMLNode* element, const DocumentTransform& 
         return true;
 
     const ComponentHandle handle(component);
-    if (std::string_view(component->getClassName()) == "GeometryComponent") {
+    const bool isHosts = !keepsLookUps(*component);
+    const bool isGeometry = std::string_view(component->getClassName()) == "GeometryComponent";
+    hostCalls += isHosts ? 1 : 0;
+    if (isGeometry) {
         auto* const geometry = dynamic_cast<GeometryComponent*>(component);
-        if (geometry && !tieGeometry(*geometry))
+        const bool isTied = !geometry || tieGeometry(*geometry);
+        hostCalls += isHosts ? 1 : 0;
+        if (!isTied)
             return false;
     }
     if (name == "RigidBodyComponent" && transform.isUsable() && handle.get()) {

@@ -6,7 +6,7 @@
 #include <agent/DocumentFaults.h>
 #include <agent/DocumentReader.h>
 #include <agent/FieldRefusal.h>
-#include <agent/HookGuard.h>
+#include <agent/HookOf.h>
 #include <logging/Log.h>
 #include <logging/PrintableText.h>
 #include <xml_parser/XMLNode.h>
@@ -39,7 +39,12 @@ AgentNode* AgentNode::createFromXmlString(const std::string& text, const std::st
 AgentNode* AgentNode::createFromXml(XMLNode* node) {
     if (!node)
         return nullptr;
+    ++hostCalls; // in a hook there may be a pass already
     const DocumentPass pass;
+    return createAndTell(node);
+}
+
+AgentNode* AgentNode::createAndTell(XMLNode* node) {
     const ElementInWork work(*node);
     AgentNode* const agent = internalCreateFromXml(node);
     if (!agent)
@@ -118,7 +123,7 @@ Component* AgentNode::attachNew(const ComponentHandle& made) {
     }
     if (!holds(made))
         return nullptr;
-    callHook("initialize", [component] { component->initialize(); });
+    callHookOf(*component, "initialize", [component] { component->initialize(); });
     return !visit.isOver() && holds(made) ? component : nullptr;
 }
 
@@ -175,7 +180,7 @@ Component* AgentNode::modifyComponentWithXml(Component* component, XMLNode* node
                      "Component(" << component->getClassName() << ")." << name << "=" << value);
         const ElementInWork work(*element);
         const FieldRefusal refusal;
-        callHook("setAsString", [&] { component->setAsString(name, value); });
+        callHookOf(*component, "setAsString", [&] { component->setAsString(name, value); });
         if (refusal.hasHappened() && handle.get())
             tellRefusal(*component, *element, refusal.getExpectation());
     }

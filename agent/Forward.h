@@ -17,6 +17,7 @@ class GeometryComponent;
 class Input;
 struct InputStatus;
 class JointComponent;
+class KeepsLookUps;
 class PlainModelLoader;
 class RigidBodyComponent;
 class SceneGraphModifierComponent;

@@ -2,6 +2,8 @@
 
 namespace tessarin::agent {
 
+void (*SimObject::renaming)(SimObject& object, const std::string& newName) = nullptr;
+
 SimObject::~SimObject() = default;
 
 } // namespace tessarin::agent

@@ -18,17 +18,29 @@ public:
     virtual const char* getClassName() = 0;
 
     SimObject(const SimObject&) = default;
-    SimObject& operator=(const SimObject&) = default;
+    SimObject& operator=(const SimObject& other) {
+        setName(other.objectName);
+        return *this;
+    }
 
     const std::string& getName() const { return objectName; }
 
-    void setName(const std::string& newName) { objectName = newName; }
+    void setName(const std::string& newName) {
+        if (renaming)
+            renaming(*this, newName);
+        objectName = newName;
+    }
 
 protected:
     SimObject() = default;
 
 private:
+    friend class AgentNode;
+
     std::string objectName; // not called name, so that it shadows no argument in derived classes
+
+    // What wants to hear of new names before they hold, or null: a pass over a document that remembers names.
+    static void (*renaming)(SimObject& object, const std::string& newName);
 };
 
 } // namespace tessarin::agent

@@ -3,8 +3,9 @@
 #include <agent/AgentNode.h>
 #include <agent/Component.h>
 #include <agent/DocumentReader.h>
-#include <agent/HookGuard.h>
+#include <agent/HookOf.h>
 #include <agent/SimObjectFactory.h>
+#include <agent/VisualModelComponent.h>
 #include <xml_parser/XMLNode.h>
 
 #include <cassert>
@@ -30,8 +31,12 @@ void SimObjectDB::registerFactory(SimObjectFactory* factory, const std::string& 
 SimObject* SimObjectDB::createObject(const std::string& name) {
     const auto found = factories.find(name);
     SimObject* object = nullptr;
-    if (found != factories.end())
-        callHook("create", [&] { object = found->second->create(); });
+    if (found == factories.end())
+        return nullptr;
+    guardHook("create", [&, factory = found->second] { object = factory->create(); });
+    auto* const component = dynamic_cast<Component*>(object);
+    if (!component || !(keepsLookUps(*component) || typeid(*component) == typeid(VisualModelComponent)))
+        ++hostCalls;
     return object;
 }
 

@@ -9,6 +9,8 @@
 
 namespace tessarin::sceneutils {
 
+enum class PlainNode;
+
 /// Finds the first node with a name, by osg::Node::accept on the root of the branch to search.
 ///
 /// First is meant depth first, a node before its children, children in their order. All children are searched, those
@@ -32,6 +34,9 @@ public:
     osg::Node* getFirst() const { return _first.get(); }
 
 private:
+    bool search(osg::Node& node, PlainNode kind);
+    bool searchChild(osg::Node& child);
+
     std::string _name;
     osg::observer_ptr<osg::Node> _first;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <agent/Component.h>
+#include <agent/KeepsLookUps.h>
 
 #include <osg/Vec3d>
 
@@ -14,7 +15,7 @@ namespace tessarin::viewer {
 /// agent without a body, stay where they are.
 ///
 /// Fields: `frequency`, of the spring, in 1/s; 2 unless it is given.
-class DragComponent : public agent::Component {
+class DragComponent : public agent::Component, public agent::KeepsLookUps {
 public:
     ~DragComponent() override;
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <agent/Component.h>
+#include <agent/KeepsLookUps.h>
 
 #include <gmtl/Vec.h>
 
@@ -14,7 +15,7 @@ namespace tessarin::viewer {
 /// Fields: `threshold`, the least change of speed that counts as a hit (the push divided by the body's mass); as long
 /// as it is 0, what a fall of a fifth of a second gives. `seconds`, how long the brightest flash lasts, 0.5 at first.
 /// `colour`, red, green and blue from 0 to 1.
-class FlashComponent : public agent::Component {
+class FlashComponent : public agent::Component, public agent::KeepsLookUps {
 public:
     FlashComponent() = default;
     FlashComponent(const FlashComponent&) = default;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <agent/Component.h>
+#include <agent/KeepsLookUps.h>
 
 #include <gmtl/Vec.h>
 
@@ -11,7 +12,7 @@ namespace tessarin::viewer {
 /// Mouse events reach the whole branch of the agent that the cursor is over; this looks whether its own agent is meant.
 ///
 /// Fields: `colour`, red, green and blue from 0 to 1, and `strength`, from 0 to 1.
-class HighlightComponent : public agent::Component {
+class HighlightComponent : public agent::Component, public agent::KeepsLookUps {
 public:
     HighlightComponent() = default;
     HighlightComponent(const HighlightComponent&) = default;

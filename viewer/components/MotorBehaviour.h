@@ -1,6 +1,7 @@
 #pragma once
 
 #include <agent/BehaviourComponent.h>
+#include <agent/KeepsLookUps.h>
 
 #include <string>
 
@@ -26,7 +27,7 @@ namespace tessarin::viewer {
 /// | `force` | 0 | the most that the motor pushes or turns with |
 /// | `hold` | -1 | with how much it holds still at no input; less than 0: with `force` |
 /// | `brake`, `brakeForce` | empty, 0 | an input that holds the axis with so much, whatever `input` says |
-class MotorBehaviour : public agent::BehaviourComponent {
+class MotorBehaviour : public agent::BehaviourComponent, public agent::KeepsLookUps {
 public:
     const char* getClassName() override { return "MotorBehaviour"; }
     bool getSupportedEvents(std::list<agent::AgentEvent::_AgentEventEnum>& events) override;

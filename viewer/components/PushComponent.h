@@ -1,6 +1,7 @@
 #pragma once
 
 #include <agent/Component.h>
+#include <agent/KeepsLookUps.h>
 
 namespace tessarin::viewer {
 
@@ -9,7 +10,7 @@ namespace tessarin::viewer {
 ///
 /// Fields: `strength`, the push at full deflection against the weight of the body, 1.5 unless it is given; where there
 /// is no gravity, against an acceleration of 10.
-class PushComponent : public agent::Component {
+class PushComponent : public agent::Component, public agent::KeepsLookUps {
 public:
     const char* getClassName() override { return "PushComponent"; }
     bool getSupportedEvents(std::list<agent::AgentEvent::_AgentEventEnum>& events) override;

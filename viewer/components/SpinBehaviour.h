@@ -1,6 +1,7 @@
 #pragma once
 
 #include <agent/BehaviourComponent.h>
+#include <agent/KeepsLookUps.h>
 
 #include <gmtl/Vec.h>
 
@@ -10,7 +11,7 @@ namespace tessarin::viewer {
 /// it.
 ///
 /// Fields: `degreesPerSecond`, and `axis` in the agent's frame, 0 0 1 unless it is given.
-class SpinBehaviour : public agent::BehaviourComponent {
+class SpinBehaviour : public agent::BehaviourComponent, public agent::KeepsLookUps {
 public:
     const char* getClassName() override { return "SpinBehaviour"; }
     bool getSupportedEvents(std::list<agent::AgentEvent::_AgentEventEnum>& events) override;
