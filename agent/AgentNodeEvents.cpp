@@ -198,10 +198,7 @@ void AgentNode::updateRigidBody() {
 
 /// Whether the component is still there and in the list.
 bool AgentNode::holds(const ComponentHandle& handle) const {
-    const Component* const component = handle.get();
-    if (!component || !component->listing.hasMoreAgents())
-        return component && component->listing.getFirstAgent() == this;
-    return std::find(components.begin(), components.end(), component) != components.end();
+    return handle.get() && handle.get()->listing.holds(this);
 }
 
 void AgentNode::sendEvent(AgentEvent::_AgentEventEnum event) {

@@ -1,11 +1,12 @@
 #include <viewer/ColladaFile.h>
 
-#include <viewer/BodyNodes.h>
 #include <viewer/ModelReading.h>
 #include <viewer/PictureCheck.h>
 #include <viewer/ShapeGeometry.h>
 #include <viewer/ViewerError.h>
 
+#include <dynamics/bullet/ColladaBodyNodes.h>
+#include <sceneutils/NameNodes.h>
 #include <xml_parser/XMLNode.h>
 
 #include <osg/ComputeBoundsVisitor>
@@ -86,8 +87,9 @@ osg::ref_ptr<osg::Node> ColladaFile::readPicture() const {
 osg::ref_ptr<osg::Node> ColladaFile::readModel() const {
     const osg::ref_ptr<osg::Node> model = readPicture();
     const ShapeGeometry shapeGeometry(*reader.getRoot());
-    for (const auto& [id, nodePath] : findNodesById(*model, bodyNodeIds)) {
-        osg::Group* const node = nodePath.back()->asGroup();
+    const std::vector<std::string> ids(bodyNodeIds.begin(), bodyNodeIds.end());
+    for (const auto& [id, paths] : sceneutils::findNodesById(*model, ids)) {
+        osg::Group* const node = paths.front().back()->asGroup();
         osg::ComputeBoundsVisitor bounds;
         node->accept(bounds);
         if (!bounds.getBoundingBox().valid())
@@ -95,6 +97,14 @@ osg::ref_ptr<osg::Node> ColladaFile::readModel() const {
                 node->addChild(shapes);
     }
     return model;
+}
+
+std::vector<BodyNode> ColladaFile::readBodyNodes() const {
+    std::vector<BodyNode> nodes;
+    for (const dynamics::bullet::ColladaBodyNode& body :
+         dynamics::bullet::readColladaBodyNodes(path.string(), limits.ofPhysics()))
+        nodes.push_back({body.nodeId, body.bodyName, osg::Matrixd(body.nodeToWorld.getData())});
+    return nodes;
 }
 
 void ColladaFile::collectBodyNodes(const XMLNode& element) {

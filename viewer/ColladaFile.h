@@ -1,5 +1,6 @@
 #pragma once
 
+#include <viewer/BodyNodes.h>
 #include <viewer/ModelLimits.h>
 #include <viewer/QuietReader.h>
 
@@ -9,6 +10,7 @@
 #include <filesystem>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace tessarin::viewer {
 
@@ -28,8 +30,8 @@ public:
     /// @throws ViewerError if it can't be read.
     osg::ref_ptr<osg::Node> readModel() const;
 
-    /// The ids of the nodes that rigid bodies move.
-    const std::set<std::string>& getBodyNodeIds() const { return bodyNodeIds; }
+    /// The bodies as the dynamics world knows them, each with its node.
+    std::vector<BodyNode> readBodyNodes() const;
 
 private:
     void collectBodyNodes(const xml_parser::XMLNode& element);

@@ -79,7 +79,7 @@ osg::ref_ptr<osg::Node> ModelLoader::loadModel(const std::string& path) {
         const ColladaFile file(path, limits);
         const osg::ref_ptr<osg::Node> model = file.readModel();
         tidy(*model);
-        return separateBodies(*model, file.getBodyNodeIds());
+        return separateBodies(*model, file.readBodyNodes());
     } catch (const ViewerError&) {
         return nullptr; // the path was checked before; whoever asks for the model sees that there is none
     }

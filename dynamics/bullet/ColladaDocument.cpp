@@ -32,7 +32,7 @@ std::string nameOfFile(const std::string& path) {
 
 } // namespace
 
-Document::Document(std::string filePath) : path(std::move(filePath)) {
+Document::Document(std::string filePath, Voice newVoice) : path(std::move(filePath)), voice(newVoice) {
     reader.setPruneEmptyTags(false);
     reader.setCreateAttributesFromPrimitiveChildren(false);
 }
@@ -42,13 +42,15 @@ const Element* Document::load() {
     const std::filesystem::file_status status = std::filesystem::status(path, error);
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
         // Reading from a pipe or a device might never end.
-        TESSARIN_LOG(logCategory(), logging::Logger::errorLevel,
-                     "no physics read from '" << path << "': it is no regular file");
+        if (voice == LOGGED)
+            TESSARIN_LOG(logCategory(), logging::Logger::errorLevel,
+                         "no physics read from '" << path << "': it is no regular file");
         return nullptr;
     }
     if (reader.parse(path, false) != xml_parser::AbstractXMLReader::SUCCESS || !reader.getRoot()) {
-        TESSARIN_LOG(logCategory(), logging::Logger::errorLevel,
-                     "no physics read from '" << path << "': " << reader.getErrorMessage());
+        if (voice == LOGGED)
+            TESSARIN_LOG(logCategory(), logging::Logger::errorLevel,
+                         "no physics read from '" << path << "': " << reader.getErrorMessage());
         return nullptr;
     }
     const Element* root = reader.getRoot();
@@ -98,8 +100,14 @@ const Element* Document::find(std::string_view reference, std::string_view tag) 
 }
 
 void Document::complain(const Element& element, const std::string& reason) const {
-    TESSARIN_LOG(logCategory(), logging::Logger::errorLevel,
-                 describe(element) << ": " << reason << " (" << element.getPlace() << ')');
+    if (voice == LOGGED)
+        TESSARIN_LOG(logCategory(), logging::Logger::errorLevel,
+                     describe(element) << ": " << reason << " (" << element.getPlace() << ')');
+}
+
+void Document::tell(const std::string& label, const std::string& text) const {
+    if (voice == LOGGED)
+        TESSARIN_LOG(logCategory(), logging::Logger::infoLevel, path << ": " << label << ": " << text);
 }
 
 std::string_view localTag(const Element& element) {

@@ -18,7 +18,10 @@ using Element = xml_parser::XMLNode;
 /// Tags are compared without a namespace prefix. References lead to elements of the same file only.
 class Document {
 public:
-    explicit Document(std::string filePath);
+    enum Voice { LOGGED, SILENT };
+
+    /// @param voice what is silent writes no messages.
+    explicit Document(std::string filePath, Voice voice = LOGGED);
 
     /// Null, with one message, if the file can't be read or isn't COLLADA.
     const Element* load();
@@ -30,6 +33,9 @@ public:
     /// One message at level 300: the element by its tag and what names it, the reason, and the file with the line.
     void complain(const Element& element, const std::string& reason) const;
 
+    /// One message at level 600.
+    void tell(const std::string& label, const std::string& text) const;
+
     const std::string& getPath() const { return path; }
 
 private:
@@ -37,6 +43,7 @@ private:
     const Element* findId(const std::string& id, std::string_view tag) const;
 
     std::string path;
+    Voice voice;
     xml_parser::XMLNodeCreator reader;
     std::unordered_map<std::string, const Element*> elementsById;
 };

@@ -97,8 +97,11 @@ struct BodyInstance {
     /// How messages call it.
     std::string label;
 
-    /// The name of the target node in the visual model.
+    /// The name of the target node in the visual model or, where other bodies have that, one of its own.
     std::string name;
+
+    /// Of the target node; empty if it has none.
+    std::string nodeId;
 
     RigidBody body;
 

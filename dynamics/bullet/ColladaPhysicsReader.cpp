@@ -1,5 +1,6 @@
 #include <dynamics/bullet/ColladaPhysicsReader.h>
 
+#include <dynamics/bullet/BodyNames.h>
 #include <dynamics/bullet/ColladaAnimations.h>
 #include <dynamics/bullet/ColladaCount.h>
 #include <dynamics/bullet/ColladaMaterials.h>
@@ -31,6 +32,13 @@ PhysicsReader::PhysicsReader(const Document& file, const Element& rootElement, c
     : document(file), root(rootElement), limits(loadLimits), nodes(file, rootElement), meshes(file),
       models(file, rootElement), constraints(file, models, nodes) {}
 
+std::vector<BodyInstance> PhysicsReader::readBodiesAlone() {
+    Counter(document).check(root, limits);
+    readsBodiesAlone = true;
+    readScenes();
+    return std::move(physics.bodies);
+}
+
 Physics PhysicsReader::read() {
     Counter(document).check(root, limits);
     const Element* upAxis = childOf(childOf(&root, "asset"), "up_axis");
@@ -38,6 +46,13 @@ Physics PhysicsReader::read() {
         document.complain(*upAxis,
                           "OpenSceneGraph turns X_UP so that +X points down: picture and physics come in upside down");
     }
+    readScenes();
+    physics.constraints = constraints.resolve();
+    complainOfAnimations(document, root, bodyNodes);
+    return std::move(physics);
+}
+
+void PhysicsReader::readScenes() {
     std::set<const Element*> read;
     for (const Element* scene : childrenOf(&root, "scene")) {
         for (const Element* instance : childrenOf(scene, "instance_physics_scene")) {
@@ -49,9 +64,7 @@ Physics PhysicsReader::read() {
             }
         }
     }
-    physics.constraints = constraints.resolve();
-    complainOfAnimations(document, root, bodyNodes);
-    return std::move(physics);
+    makeNamesDiffer(document, root, physics.bodies);
 }
 
 void PhysicsReader::readScene(const Element& scene) {
@@ -190,6 +203,11 @@ void PhysicsReader::readBodyInstance(const Element& instance, const Scope& scope
     result.nodeToWorld = scope.parents.empty() ? nodes.nodeToWorld(*node) : placeOf(*node, scope);
     if (!isFinite(result.nodeToWorld)) {
         document.complain(instance, "the place of its node is out of range, the body is left out");
+        return;
+    }
+    result.nodeId = node->getAttributeValue("id");
+    if (readsBodiesAlone) {
+        physics.bodies.push_back(std::move(result));
         return;
     }
     if (body) {

@@ -22,6 +22,9 @@ public:
     /// @throws std::runtime_error if there would be more than the limits allow.
     Physics read();
 
+    /// The bodies with their names and places, but without anything that they are made of.
+    std::vector<BodyInstance> readBodiesAlone();
+
 private:
     /// A node that an instance of a model is placed under, or a placement without one, in the file's own axes.
     struct Parent {
@@ -42,6 +45,7 @@ private:
         std::vector<Parent> parents;
     };
 
+    void readScenes();
     void readScene(const Element& scene);
     void readInstances(const Element& instance, const Scope& scope);
     void readModelInstance(const Element& instance, const Scope& outer);
@@ -67,6 +71,7 @@ private:
     double modelInstances = 0;
     double shapeCount = 0;
     double triangleCount = 0;
+    bool readsBodiesAlone = false;
     Physics physics;
 };
 

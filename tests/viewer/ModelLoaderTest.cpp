@@ -1,11 +1,18 @@
 #include <tests/viewer/ColladaText.h>
 #include <tests/viewer/ViewerTest.h>
 
+#include <viewer/LibrarySetup.h>
+
+#include <agent/VisualModelComponent.h>
+#include <agent/VisualModelComponentModelLoader.h>
 #include <dynamics/DynamicsBody.h>
+#include <dynamics/bullet/ColladaBodyNodes.h>
+#include <sceneutils/NameNodes.h>
 
 #include <osg/Drawable>
 #include <osg/LightSource>
 #include <osg/Transform>
+#include <osg/ValueObject>
 #include <osgDB/ReadFile>
 #include <osgUtil/UpdateVisitor>
 
@@ -159,6 +166,133 @@ TEST_F(ModelLoaderTest, NothingIsMissingOrTwiceHoweverAFileNamesItsBodies) {
     Scene scene(write("root.xml", "<AgentNode name='root'/>"),
                 {write("patch.xml", "<AgentNode name='root'>" + model + "</AgentNode>")});
     EXPECT_EQ(boxesOf(scene.getGraph()).size(), 2U) << "a patch brings a model: all but the body without geometry";
+}
+
+struct SharedNames {
+    const char *nodes, *targets, *names;
+    std::size_t moreShown = 0;
+};
+
+std::string placed(const std::string& id, const std::string& name, int x, const std::string& inside = {}) {
+    return "<node id='" + id + "' name='" + name + "'><translate>" + std::to_string(x) +
+           " 0 0</translate><instance_geometry url='#cube'/>" + inside + "</node>";
+}
+
+std::string namesOf(AgentNode& root) {
+    std::string names;
+    for (AgentNode* const child : root.getChildren())
+        names += (names.empty() ? "" : ",") + child->getName();
+    return names;
+}
+
+/// How each body's box moves: as many boxes as leave their place when the body does.
+std::vector<std::size_t> movedByEachBody(Scene& scene) {
+    std::vector<std::size_t> moved;
+    for (AgentNode* const child : scene.getRoot().getChildren()) {
+        const Boxes before = boxesOf(scene.getGraph());
+        child->getRigidBody()->getBody()->setPosition({1000.0 + 10 * double(moved.size()), 0, 0});
+        runFrames(scene, 1);
+        const Boxes after = boxesOf(scene.getGraph());
+        EXPECT_EQ(after.size(), before.size());
+        moved.push_back(countMissing(before, after));
+    }
+    return moved;
+}
+
+// COLLADA wants only ids to differ. The first of two bodies keeps the name that they share.
+TEST_F(ModelLoaderTest, BodiesWhoseNodesShareANameAreSeenEachAndFoundAgain) {
+    const std::string three = placed("a", "brick", 0) + placed("b", "brick", 3) + placed("c", "brick", 6);
+    const std::string taken = three + placed("d", "b", 9) + placed("e", "brick 2", 12);
+    const std::string scenery = placed("s", "brick", 0, placed("b", "x", 3)) + placed("a", "brick", 6);
+    const std::string instanced = "<node><translate>5 0 0</translate><instance_node url='#a'/></node>" + three;
+    const SharedNames cases[] = {
+        {three.c_str(), "abc", "brick,b,c"},
+        {three.c_str(), "cba", "brick,b,a"},
+        {taken.c_str(), "abc", "brick,brick 3,c"},    // names that are there already
+        {taken.c_str(), "deba", "b,brick 2,brick,a"}, // and are those of bodies, too
+        {scenery.c_str(), "a", "brick"},              // a node of the scenery comes first
+        {scenery.c_str(), "ab", "brick,x"},
+        {instanced.c_str(), "a", "brick"},          // the first instance is the body's
+        {instanced.c_str(), "aab", "brick,a,b", 1}, // and two bodies on one node show it each
+        {three.c_str(), "aa", "brick,a", 1},
+    };
+    for (const SharedNames& shared : cases) {
+        SCOPED_TRACE(std::string(shared.targets) + " in " + shared.nodes);
+        std::string instances;
+        for (const char target : std::string(shared.targets))
+            instances += instanceText("body", {target});
+        const std::filesystem::path file =
+            write("same.dae", colladaText("Z_UP", shared.nodes, bodyText("body", box), instances));
+        const Boxes wanted = boxesOf(*osgDB::readRefNodeFile(file.string()));
+        Scene scene(file);
+        EXPECT_EQ(namesOf(scene.getRoot()), shared.names);
+        const Boxes shown = boxesOf(scene.getGraph());
+        EXPECT_EQ(shown.size(), wanted.size() + shared.moreShown);
+        EXPECT_EQ(countMissing(wanted, shown), 0U);
+
+        scene.write(folder / "written.xml");
+        const std::vector<std::size_t> each(std::string(shared.targets).size(), 1);
+        EXPECT_EQ(movedByEachBody(scene), each);
+        Scene again(folder / "written.xml");
+        EXPECT_EQ(namesOf(again.getRoot()), shared.names);
+        EXPECT_EQ(countMissing(shown, boxesOf(again.getGraph())), 0U);
+        EXPECT_EQ(movedByEachBody(again), each);
+    }
+    write("same.dae",
+          colladaText("Z_UP", three, bodyText("body", box), instanceText("body", "a") + instanceText("body", "b")));
+    const std::string geometry = "<Component class='GeometryComponent' name='GeometryComponent'/>";
+    std::string both;
+    for (const std::string name : {"left", "right"})
+        both += "<AgentNode name='" + name +
+                "'><Component class='VisualModelComponent' name='VisualModelComponent'>"
+                "<field name='filePath' value='same.dae'/></Component><AgentNode name='brick'>" +
+                geometry + "</AgentNode><AgentNode name='b'>" + geometry + "</AgentNode></AgentNode>";
+    Scene two(write("two.xml", "<AgentNode name='root'>" + both + "</AgentNode>"));
+    for (AgentNode* const child : two.getRoot().getChildren())
+        for (AgentNode* const body : child->getChildren())
+            EXPECT_EQ(boxesOf(*body->getOsgTransform()).size(), 1U) << child->getName() << ' ' << body->getName();
+}
+
+/// What the documentation shows to hosts.
+struct NamingLoader : agent::VisualModelComponentModelLoader {
+    osg::ref_ptr<osg::Node> loadModel(const std::string& path) override {
+        const osg::ref_ptr<osg::Node> model = VisualModelComponentModelLoader::loadModel(path);
+        std::vector<sceneutils::NameOfId> names;
+        for (const dynamics::bullet::ColladaBodyNode& body : dynamics::bullet::readColladaBodyNodes(path))
+            names.emplace_back(body.nodeId, body.bodyName);
+        if (model && isNaming)
+            sceneutils::nameNodes(*model, names);
+        return model;
+    }
+    bool isNaming = true;
+};
+
+TEST_F(ModelLoaderTest, AHostsLoaderCanNameNodesAfterBodies) {
+    const std::string nodes = placed("s", "brick", 50) + placed("a", "brick", 0) + placed("b", "brick", 3) +
+                              placed("c", "c", 6) + placed("d", "own", 9);
+    const std::filesystem::path file = write(
+        "host.dae", colladaText("Z_UP", nodes, bodyText("body", box),
+                                instanceText("body", "a") + instanceText("body", "b") + instanceText("body", "d")));
+    Scene scene(file); // for its world
+    NamingLoader loader;
+    agent::VisualModelComponent::setModelLoader(&loader);
+    const std::string geometry = "<Component class='GeometryComponent' name='GeometryComponent'/></AgentNode>";
+    for (const bool isNaming : {true, false}) {
+        loader.isNaming = isNaming;
+        const std::unique_ptr<AgentNode> root(AgentNode::createFromXmlString(
+            "<AgentNode name='root'><Component class='VisualModelComponent' name='VisualModelComponent'><field "
+            "name='filePath' value='" +
+            file.string() + "'/></Component><AgentNode name='brick'>" + geometry + "<AgentNode name='b'>" + geometry +
+            "<AgentNode name='own'>" + geometry + "</AgentNode>"));
+        std::string ids;
+        for (AgentNode* const child : root->getChildren()) {
+            std::string id;
+            osg::Node* const node = child->getComponent("GeometryComponent")->getOsgNode();
+            ids += child->getName() + (node->getUserValue("dae_node_id", id) ? "=" + id : " all") + " ";
+        }
+        EXPECT_EQ(ids, isNaming ? "brick=a b=b own=d " : "brick=s b all own=d ");
+    }
+    setUpLibrary();
 }
 
 TEST_F(ModelLoaderTest, WhatOnlyThePhysicsTellsIsShownToo) {
