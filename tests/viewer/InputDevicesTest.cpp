@@ -122,7 +122,7 @@ TEST_F(BindingsTest, WhatIsWrongIsToldInALine) {
             line.replace(at, file.size(), "FILE");
         return line;
     };
-    EXPECT_EQ(refusal("<Keys/>"), "FILE: no bindings, its root element is Keys and not Bindings");
+    EXPECT_EQ(refusal("<Keys/>"), "FILE: no bindings, its root element is Keys and not Bindings (FILE:1)");
     EXPECT_EQ(refusal("<Bindings><VirtualInput"), "FILE: unclosed token inside <Bindings> of line 1 (FILE:1:11)");
     for (const auto& [binding, line] :
          {std::pair<std::string, std::string>("<Input/>", "unknown element Input"),

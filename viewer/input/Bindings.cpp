@@ -170,7 +170,8 @@ void Bindings::read(const std::filesystem::path& file) {
     QuietReader reader(file);
     const XMLNode& root = *reader.getRoot();
     if (root.tag != "Bindings")
-        throw ViewerError(file.string() + ": no bindings, its root element is " + root.tag + " and not Bindings");
+        throw ViewerError(file.string() + ": no bindings, its root element is " + root.tag + " and not Bindings (" +
+                          root.getPlace() + ')');
     std::vector<VirtualInput> result = all;
     std::map<std::string, std::size_t> places;
     for (const VirtualInput& input : all)
