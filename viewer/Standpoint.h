@@ -11,8 +11,8 @@ namespace tessarin::viewer {
 
 /// What a camera shows to either side of its middle: tangents of half the angles of view.
 struct Lens {
-    double halfWidth;
-    double halfHeight;
+    double halfWidth = 1;
+    double halfHeight = 1;
 };
 
 /// Where a camera stands, and what it looks at.
@@ -22,7 +22,7 @@ struct Standpoint {
     osg::Vec3d up;
 
     /// Of what there is to be seen about the centre.
-    double radius;
+    double radius = 0;
 };
 
 /// Before something and a little above it, so far away that it fills the picture.
