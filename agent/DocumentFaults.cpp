@@ -35,10 +35,6 @@ ElementInWork::~ElementInWork() {
     currentElement = outer;
 }
 
-const XMLNode* ElementInWork::get() {
-    return currentElement;
-}
-
 std::string placeOf(const XMLNode& element) {
     const std::string place = element.getPlace();
     return place.empty() ? place : " (" + place + ')';

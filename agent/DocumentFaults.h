@@ -34,9 +34,6 @@ public:
     ElementInWork(const ElementInWork&) = delete;
     ElementInWork& operator=(const ElementInWork&) = delete;
 
-    /// The innermost one; null if no document is being read.
-    static const xml_parser::XMLNode* get();
-
 private:
     const xml_parser::XMLNode* outer;
 };

@@ -119,7 +119,7 @@ AbstractXMLReader::Result ExpatParser::finishWithExpatError() {
 
 /// What expat says, and what a person has to look for.
 std::string ExpatParser::describeError(XML_Error error) const {
-    const std::string reason = XML_ErrorString(error);
+    std::string reason = XML_ErrorString(error);
     switch (error) {
     case XML_ERROR_NO_MEMORY:
         return reason;
