@@ -1,7 +1,7 @@
 #include <dynamics/bullet/EngineWorld.h>
 
-#include <dynamics/bullet/BallContacts.h>
 #include <dynamics/bullet/BulletBody.h>
+#include <dynamics/bullet/RoundContacts.h>
 
 #include <algorithm>
 #include <cmath>
@@ -116,7 +116,7 @@ void EngineWorld::prepareContacts(const btContactSolverInfo& info) {
         if (!a.isActive() && !b.isActive()) {
             continue;
         }
-        mendBallContacts(manifold);
+        mendRoundContacts(manifold);
         chooseFrictionDirections(manifold, a, b);
         if (slips(a) || slips(b)) {
             setFriction(manifold, a, b, sticking);

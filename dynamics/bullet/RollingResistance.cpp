@@ -15,12 +15,22 @@ namespace {
 constexpr btScalar fullResistance = 0.04F;
 constexpr btScalar fullTime = 15;
 
-/// On what is steeper than half a degree a body rolls freely. A short bump doesn't count.
+/// For so many seconds contacts are looked at together: at the edges in a mesh they point anywhere.
+constexpr btScalar meanTime = 0.2F;
+
+/// What is less steep than half a degree is level. On a slope time counts for less, and a body that gets lower there,
+/// by more than a part of its size, begins anew.
 constexpr btScalar levelSine = 0.0087F;
+constexpr btScalar slopePart = 0.25F;
+constexpr btScalar lowerPart = 0.005F;
+
+/// How much faster than it comes the time of a body goes that neither rolls nor spins upright.
 constexpr btScalar forgetting = 10;
 
-/// A body that gains more than this part of its energy is driven.
+/// A body that gains more than this part of its energy is driven, unless that comes as slowly as with this part of
+/// gravity: contacts at many edges do so.
 constexpr btScalar gain = 0.02F;
+constexpr btScalar slowGain = 0.01F;
 
 /// As part of what gravity adds to a velocity in one step: a body that is as slow lies.
 constexpr btScalar lyingPart = 0.1F;
@@ -44,7 +54,7 @@ btScalar energyOf(const btRigidBody& body) {
 
 /// A body that spins about an upright axis, or that moves as its rolling does; no top that leans.
 bool isRolling(const btRigidBody& body, const Rolling& rolling) {
-    const btVector3 up = rolling.push / rolling.push.length();
+    const btVector3 up = rolling.meanPush / rolling.meanPush.length();
     const btVector3& spin = body.getAngularVelocity();
     const btScalar lying = (spin - up * up.dot(spin)).length();
     return lying < btScalar(0.1) * spin.length() ||
@@ -65,7 +75,7 @@ btScalar frictionOf(const btCollisionObject& body, const btVector3& point, const
     }
     const Rolling& rolling = ownerOf(body).rolling;
     const btScalar lever = std::abs(normal.dot(point - body.getWorldTransform().getOrigin()));
-    const btScalar impulse = rolling.push.length() / static_cast<btScalar>(pointCount);
+    const btScalar impulse = rolling.meanPush.length() / static_cast<btScalar>(pointCount);
     return rolling.resistance * lever * std::max(impulse, btScalar(1));
 }
 
@@ -129,21 +139,34 @@ void RollingResistance::addPush(const btRigidBody& body, const btVector3& normal
     owner.rolling.height = std::max(owner.rolling.height, height);
 }
 
+bool RollingResistance::isDriven(const btRigidBody& body, Rolling& rolling) const {
+    const btScalar fall = gravity.length() * timeStep;
+    const btScalar moving = energyOf(body);
+    const btScalar energy = moving - gravity.dot(body.getCenterOfMassPosition());
+    const btScalar lying = lyingPart * fall * lyingPart * fall / 2;
+    const bool gains = energy > rolling.leastEnergy + gain * moving + lying;
+    rolling.leastEnergy =
+        gains ? energy : std::min(rolling.leastEnergy + slowGain * fall * std::sqrt(2 * moving), energy);
+    return gains;
+}
+
 void RollingResistance::update(BulletBody& owner) const {
-    const btRigidBody& body = owner.getRigidBody();
     Rolling& rolling = owner.rolling;
-    const btScalar energy = energyOf(body);
-    const btScalar lyingSpeed = lyingPart * gravity.length() * timeStep;
-    if (energy > rolling.leastEnergy * (1 + gain) + lyingSpeed * lyingSpeed / 2) {
-        rolling.calmTime = 0;
-        rolling.leastEnergy = energy;
-    }
-    rolling.leastEnergy = std::min(rolling.leastEnergy, energy);
-    const btScalar down = rolling.push.dot(gravity);
-    const btScalar aside = rolling.push.cross(gravity).length();
+    const btRigidBody& body = owner.getRigidBody();
+    rolling.meanPush += (rolling.push - rolling.meanPush) * std::min(timeStep / meanTime, btScalar(1));
+    const btScalar down = rolling.meanPush.dot(gravity);
+    const btScalar aside = rolling.meanPush.cross(gravity).length();
     const bool isLevel = aside < -down * levelSine;
-    if (isLevel && isRolling(body, rolling)) {
-        rolling.calmTime = std::min(rolling.calmTime + timeStep, fullTime);
+    const btScalar height = -gravity.dot(body.getCenterOfMassPosition()) / std::max(gravity.length(), SIMD_EPSILON);
+    const bool isDriving = isDriven(body, rolling);
+    const bool isLower = height < rolling.leastHeight - lowerPart * static_cast<btScalar>(owner.getSize());
+    if (isDriving || isLower) {
+        rolling.leastHeight = height;
+    }
+    if (isDriving || (isLower && !isLevel)) {
+        rolling.calmTime = 0;
+    } else if (isRolling(body, rolling)) {
+        rolling.calmTime = std::min(rolling.calmTime + timeStep * (isLevel ? btScalar(1) : slopePart), fullTime);
     } else {
         rolling.calmTime = std::max(rolling.calmTime - forgetting * timeStep, btScalar(0));
     }

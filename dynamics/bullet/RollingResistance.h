@@ -10,17 +10,20 @@ class BulletBody;
 
 /// What a round body remembers of its way.
 struct Rolling {
-    /// The sum of the impulses at its contacts in the last step that had any.
+    /// The sum of the impulses at its contacts in the last step that had any, and what that is over a fifth of a
+    /// second.
     btVector3 push = btVector3(0, 0, 0);
+    btVector3 meanPush = btVector3(0, 0, 0);
     bool isGathered = false;
 
     /// How high its centre of mass was above these.
     btScalar height = 0;
 
-    /// Per unit of mass, the least kinetic energy since it gained some.
+    /// Per unit of mass, the least energy since it gained some, and how low it has been since.
     btScalar leastEnergy = 0;
+    btScalar leastHeight = 0;
 
-    /// For how long it has been left to itself on level ground, in seconds.
+    /// For how long it has been left to itself, in seconds.
     btScalar calmTime = 0;
 
     /// Of its weight, what holds it back.
@@ -42,6 +45,7 @@ public:
 private:
     void addPush(const btRigidBody& body, const btVector3& normal, btScalar impulse, const btVector3& point);
     void update(BulletBody& owner) const;
+    bool isDriven(const btRigidBody& body, Rolling& rolling) const;
 
     std::vector<BulletBody*> touched;
     btVector3 gravity = btVector3(0, 0, 0);

@@ -46,18 +46,21 @@ public:
     }
 };
 
+/// For two convex shapes that nothing else is known of.
+btCollisionAlgorithmCreateFunc& generalAlgorithm(btDefaultCollisionConfiguration& configuration) {
+    return *configuration.getCollisionAlgorithmCreateFunc(CONVEX_HULL_SHAPE_PROXYTYPE, CONVEX_HULL_SHAPE_PROXYTYPE);
+}
+
 } // namespace
 
 WorldCore::WorldCore()
-    : dispatcher(&configuration), world(&dispatcher, &broadphase, &solver, &configuration), massUnit(world),
+    : dispatcher(&configuration), roundOnFlat(false, generalAlgorithm(configuration)),
+      flatUnderRound(true, generalAlgorithm(configuration)), world(&dispatcher, &broadphase, &solver, &configuration), massUnit(world),
       ground(0, nullptr, &groundShape) {
     // A box on a plane, and whatever else has flat sides, gets its contacts at once, and not one a step.
     configuration.setPlaneConvexMultipointIterations(4, 4);
     configuration.setConvexConvexMultipointIterations(3, 3);
-    // Exact, where the general search for the nearest points lets a ball on a wide box roll aside.
-    dispatcher.registerCollisionCreateFunc(SPHERE_SHAPE_PROXYTYPE, BOX_SHAPE_PROXYTYPE, &ballOnBox);
-    dispatcher.registerCollisionCreateFunc(BOX_SHAPE_PROXYTYPE, SPHERE_SHAPE_PROXYTYPE, &boxUnderBall);
-    boxUnderBall.m_swapped = true;
+    chooseAlgorithms();
     world.setGravity(btVector3(0, 0, 0));
     // Bounds of what doesn't move stay as they are; whoever puts a body somewhere says so.
     world.setForceUpdateAllAabbs(false);
@@ -72,6 +75,19 @@ WorldCore::WorldCore()
 }
 
 WorldCore::~WorldCore() = default;
+
+void WorldCore::chooseAlgorithms() {
+    // Exact ones, where the general search for nearest points lets what rolls roll aside.
+    boxUnderBall.m_swapped = true;
+    dispatcher.registerCollisionCreateFunc(SPHERE_SHAPE_PROXYTYPE, BOX_SHAPE_PROXYTYPE, &ballOnBox);
+    dispatcher.registerCollisionCreateFunc(BOX_SHAPE_PROXYTYPE, SPHERE_SHAPE_PROXYTYPE, &boxUnderBall);
+    for (const int round : {CYLINDER_SHAPE_PROXYTYPE, CAPSULE_SHAPE_PROXYTYPE}) {
+        for (const int flat : {BOX_SHAPE_PROXYTYPE, STATIC_PLANE_PROXYTYPE}) {
+            dispatcher.registerCollisionCreateFunc(round, flat, &roundOnFlat);
+            dispatcher.registerCollisionCreateFunc(flat, round, &flatUnderRound);
+        }
+    }
+}
 
 int WorldCore::step(double seconds) {
     if (!(seconds > 0) || !std::isfinite(seconds)) {

@@ -4,6 +4,7 @@
 #include <dynamics/bullet/ContactList.h>
 #include <dynamics/bullet/EngineWorld.h>
 #include <dynamics/bullet/MassUnit.h>
+#include <dynamics/bullet/RoundOnFlat.h>
 
 #include <BulletCollision/CollisionDispatch/btSphereBoxCollisionAlgorithm.h>
 #include <btBulletDynamicsCommon.h>
@@ -66,6 +67,7 @@ public:
     ContactList& getContacts() { return contacts; }
 
 private:
+    void chooseAlgorithms();
     void runFixedStep();
     int countSubsteps() const;
 
@@ -78,6 +80,8 @@ private:
     btCollisionDispatcher dispatcher;
     btSphereBoxCollisionAlgorithm::CreateFunc ballOnBox;
     btSphereBoxCollisionAlgorithm::CreateFunc boxUnderBall;
+    RoundOnFlat::CreateFunc roundOnFlat;
+    RoundOnFlat::CreateFunc flatUnderRound;
     btDbvtBroadphase broadphase;
     btSequentialImpulseConstraintSolver solver;
     EngineWorld world;
