@@ -85,6 +85,12 @@ void EngineWorld::removeConstraint(btTypedConstraint* constraint) {
     constraint->getRigidBodyB().removeConstraintRef(constraint);
 }
 
+void EngineWorld::performDiscreteCollisionDetection() {
+    loads.note(*getDispatcher());
+    btDiscreteDynamicsWorld::performDiscreteCollisionDetection();
+    loads.passOn(*getDispatcher());
+}
+
 void EngineWorld::solveConstraints(btContactSolverInfo& info) {
     prepareContacts(info);
     RollingResistance::prepare(*getDispatcher());

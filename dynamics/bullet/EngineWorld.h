@@ -2,6 +2,7 @@
 
 #include <dynamics/bullet/BodySpins.h>
 #include <dynamics/bullet/Bounces.h>
+#include <dynamics/bullet/ContactLoads.h>
 #include <dynamics/bullet/RollingResistance.h>
 
 #include <btBulletDynamicsCommon.h>
@@ -17,6 +18,7 @@ public:
 
     void addConstraint(btTypedConstraint* constraint, bool disableCollisions) override;
     void removeConstraint(btTypedConstraint* constraint) override;
+    void performDiscreteCollisionDetection() override;
 
 protected:
     void solveConstraints(btContactSolverInfo& info) override;
@@ -25,6 +27,7 @@ protected:
 private:
     void prepareContacts(const btContactSolverInfo& info);
 
+    ContactLoads loads;
     BodySpins spins;
     Bounces bounces;
     RollingResistance rollingResistance;

@@ -2,6 +2,13 @@
 
 namespace tessarin::dynamics::bullet {
 
+namespace {
+
+/// The cosine of how far the axis of a row may turn in a step.
+constexpr btScalar sameAxis = 0.9F;
+
+} // namespace
+
 void JointConstraint::getInfo1(btConstraintInfo1* info) {
     btGeneric6DofSpring2Constraint::getInfo1(info);
     rowCount = info->m_numConstraintRows;
@@ -27,6 +34,27 @@ void JointConstraint::getInfo2(btConstraintInfo2* info) {
             info->m_J1angularAxis[begin + i] = turnA[i];
             info->m_J2angularAxis[begin + i] = turnB[i];
         }
+    }
+}
+
+btScalar JointConstraint::getLastPush(int row, const Push& now, btScalar seconds) const {
+    if (row >= pushCount) {
+        return 0;
+    }
+    const Push& last = pushes[static_cast<std::size_t>(row)];
+    const bool isSame = last.isLinear == now.isLinear && last.axis.dot(now.axis) > sameAxis;
+    return isSame ? last.impulse * (seconds / pushSeconds) : 0;
+}
+
+void JointConstraint::keepPush(int row, const Push& push, btScalar seconds) {
+    pushes[static_cast<std::size_t>(row)] = push;
+    pushCount = row + 1;
+    pushSeconds = seconds;
+}
+
+void JointConstraint::scalePushes(btScalar factor) {
+    for (Push& push : pushes) {
+        push.impulse *= factor;
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include <btBulletDynamicsCommon.h>
 
+#include <array>
+
 namespace tessarin::dynamics::bullet {
 
 /// The engine's constraint with six axes, whose forces act on both bodies at one point.
@@ -16,8 +18,29 @@ public:
     void getInfo1(btConstraintInfo1* info) override;
     void getInfo2(btConstraintInfo2* info) override;
 
+    /// What one of the constraint's rows pushes with, along or about an axis.
+    struct Push {
+        btVector3 axis = btVector3(0, 0, 0);
+        btScalar impulse = 0;
+        bool isLinear = false;
+    };
+
+    /// What the row pushed with in the last step if it was the same row, in a step of the length given; else 0.
+    btScalar getLastPush(int row, const Push& now, btScalar seconds) const;
+
+    /// To be called for each row after it was solved, in their order.
+    void keepPush(int row, const Push& push, btScalar seconds);
+
+    void scalePushes(btScalar factor);
+    void forgetPushes() { pushCount = 0; }
+
 private:
     int rowCount = 0;
+
+    /// Each axis has two stops, a motor and a spring.
+    std::array<Push, 24> pushes;
+    int pushCount = 0;
+    btScalar pushSeconds = 0;
 };
 
 } // namespace tessarin::dynamics::bullet

@@ -26,7 +26,7 @@ constexpr double farthestLimit = 1e12;
 constexpr double stiffestSpring = 0.5;
 
 /// A light body far from its hinge needs that many to follow a motor.
-constexpr int solverIterations = 100;
+constexpr int solverIterations = 50;
 
 /// How much of what the attachments are apart is taken back in one step.
 constexpr btScalar recovery = 0.4F;
@@ -201,6 +201,7 @@ void JointCore::setEnabled(bool shouldHold) {
     enabled = shouldHold;
     if (constraint) {
         constraint->setEnabled(shouldHold);
+        constraint->forgetPushes();
         wake();
     }
 }

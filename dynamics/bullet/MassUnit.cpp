@@ -1,6 +1,7 @@
 #include <dynamics/bullet/MassUnit.h>
 
 #include <dynamics/bullet/BulletBody.h>
+#include <dynamics/bullet/JointConstraint.h>
 
 #include <algorithm>
 #include <cmath>
@@ -15,12 +16,13 @@ constexpr double mostOfEngine = 1 << 22;
 /// Beyond this inertia is as good as without bounds.
 constexpr double mostInertia = 1e30;
 
-void scaleMotors(btTypedConstraint& constraint, btScalar factor) {
-    auto& joint = static_cast<btGeneric6DofSpring2Constraint&>(constraint);
+void scaleJoint(btTypedConstraint& constraint, btScalar factor) {
+    auto& joint = static_cast<JointConstraint&>(constraint);
     joint.getTranslationalLimitMotor()->m_maxMotorForce *= factor;
     for (int i = 0; i < 3; ++i) {
         joint.getRotationalLimitMotor(i)->m_maxMotorForce *= factor;
     }
+    joint.scalePushes(factor);
 }
 
 /// What a contact pushed with in the last step is where the next one begins.
@@ -48,7 +50,7 @@ void MassUnit::makeRoomFor(double mass, const Vector3& inertia) {
         static_cast<BulletBody*>(bodies[i]->getUserPointer())->countMassIn(unit);
     }
     for (int i = 0; i < world.getNumConstraints(); ++i) {
-        scaleMotors(*world.getConstraint(i), factor);
+        scaleJoint(*world.getConstraint(i), factor);
     }
     btDispatcher& dispatcher = *world.getDispatcher();
     for (int i = 0; i < dispatcher.getNumManifolds(); ++i) {

@@ -27,6 +27,19 @@ constexpr double substepPart = 0.0375;
 constexpr double longestSubstep = 1.0 / 120;
 constexpr double shortestSubstep = 1.0 / 240;
 
+/// Where all is at rest for so many fixed steps, longer ones will do.
+constexpr int stepsBeforeRest = 10;
+constexpr double restingFactor = 2;
+
+/// Of the velocities below which bodies may fall asleep: what is slower is at rest.
+constexpr btScalar restingPart = 0.5F;
+
+/// As part of what gravity adds to a velocity in one step: contacts that change velocities by no more are solved.
+constexpr double solvedPart = 0.002;
+
+/// Against the size of a body: from there on contacts push at full strength.
+constexpr double softDepth = 0.05;
+
 /// Radians. A joint follows a body that turns by no more than about that in a substep.
 constexpr double longestTurn = 1.5;
 constexpr double mostSubstepsForTurns = 32;
@@ -111,25 +124,53 @@ int WorldCore::step(double seconds) {
 }
 
 void WorldCore::runFixedStep() {
+    restingSteps = isAtRest() ? std::min(restingSteps + 1, stepsBeforeRest) : 0;
     const int substeps = countSubsteps();
     world.getSolverInfo().m_splitImpulsePenetrationThreshold = static_cast<btScalar>(-restingDepth * smallestSize);
-    const double seconds = fixedStep / substeps;
+    solver.setSoftDepth(static_cast<btScalar>(softDepth * smallestSize));
     for (int i = 0; i < substeps; ++i) {
-        for (JointCore* joint : sprung) {
-            joint->pushSprings(seconds);
-        }
-        // Told to make no steps of its own, the engine takes the time as it is, in one step.
-        world.stepSimulation(static_cast<btScalar>(seconds), 0);
-        contacts.gather(dispatcher, massUnit.get());
+        runSubstep(fixedStep / substeps);
     }
     contacts.join();
     watchBodies();
 }
 
+void WorldCore::runSubstep(double seconds) {
+    for (JointCore* joint : sprung) {
+        joint->pushSprings(seconds);
+    }
+    btContactSolverInfo& info = world.getSolverInfo();
+    // Contacts begin with what they pushed with in the last step, and push with more in a longer one.
+    info.m_warmstartingFactor = static_cast<btScalar>(lastSubstep > 0 ? seconds / lastSubstep : 1);
+    lastSubstep = seconds;
+    const double solved = solvedPart * length(gravity) * seconds;
+    info.m_leastSquaresResidualThreshold = static_cast<btScalar>(solved * solved);
+    // Told to make no steps of its own, the engine takes the time as it is, in one step.
+    world.stepSimulation(static_cast<btScalar>(seconds), 0);
+    contacts.gather(dispatcher, massUnit.get());
+}
+
+bool WorldCore::isAtRest() const {
+    const auto& bodies = world.getNonStaticRigidBodies();
+    for (int i = 0; i < bodies.size(); ++i) {
+        const btRigidBody& body = *bodies[i];
+        const btScalar linear = restingPart * body.getLinearSleepingThreshold();
+        const btScalar angular = restingPart * body.getAngularSleepingThreshold();
+        if (body.isActive() && (body.getLinearVelocity().length2() > linear * linear ||
+                                body.getAngularVelocity().length2() > angular * angular ||
+                                // Springs and motors work through whatever little their bodies move.
+                                static_cast<const BulletBody*>(body.getUserPointer())->hasJoints())) {
+            return false;
+        }
+    }
+    return true;
+}
+
 int WorldCore::countSubsteps() const {
     const double pull = length(gravity);
     const double wanted = pull > 0 && smallestSize > 0 ? fixedStep / (substepPart * std::sqrt(smallestSize / pull)) : 0;
-    const double count = std::clamp(wanted, fixedStep / longestSubstep, fixedStep / shortestSubstep);
+    const double finest = std::clamp(wanted, fixedStep / longestSubstep, fixedStep / shortestSubstep);
+    const double count = restingSteps < stepsBeforeRest ? finest : finest / restingFactor;
     const double forTurns = std::min(fastestTurnOnJoint() * fixedStep / longestTurn, mostSubstepsForTurns);
     return static_cast<int>(std::ceil(std::max(count, forTurns) - timeRounding));
 }
@@ -194,6 +235,7 @@ void WorldCore::add(btRigidBody& body) {
     if (!body.isStaticObject()) {
         setThresholds(body);
         noteSize(static_cast<BulletBody*>(body.getUserPointer())->getSize());
+        restingSteps = 0;
     }
     world.addRigidBody(&body);
     wakeAround(body);
@@ -208,6 +250,8 @@ void WorldCore::remove(btRigidBody& body) {
         solver.reset();
         massUnit.reset();
         timeLeft = 0;
+        restingSteps = 0;
+        lastSubstep = 0;
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <dynamics/bullet/Affine.h>
 #include <dynamics/bullet/ContactList.h>
+#include <dynamics/bullet/EngineSolver.h>
 #include <dynamics/bullet/EngineWorld.h>
 #include <dynamics/bullet/MassUnit.h>
 #include <dynamics/bullet/RoundOnFlat.h>
@@ -69,7 +70,9 @@ public:
 private:
     void chooseAlgorithms();
     void runFixedStep();
+    void runSubstep(double seconds);
     int countSubsteps() const;
+    bool isAtRest() const;
 
     /// Radians per second.
     double fastestTurnOnJoint() const;
@@ -83,7 +86,7 @@ private:
     RoundOnFlat::CreateFunc roundOnFlat;
     RoundOnFlat::CreateFunc flatUnderRound;
     btDbvtBroadphase broadphase;
-    btSequentialImpulseConstraintSolver solver;
+    EngineSolver solver;
     EngineWorld world;
     MassUnit massUnit;
     btEmptyShape groundShape;
@@ -94,6 +97,12 @@ private:
     Vector3 gravity = {0, 0, 0};
     double fixedStep = 1.0 / 60;
     double timeLeft = 0;
+
+    /// For how many fixed steps all bodies have been at rest, or asleep.
+    int restingSteps = 0;
+
+    /// How long the engine's last step was.
+    double lastSubstep = 0;
 
     /// Of the bodies that were awake in the last step or came since; 0 if there are none.
     double smallestSize = 0;
