@@ -26,6 +26,8 @@ const std::set<std::string> imageKinds = {"bmp", "bw",  "dds",  "gif", "hdr", "i
                                           "jpg", "ktx", "pbm",  "pgm", "pic", "png", "pnm",  "ppm",
                                           "pvr", "rgb", "rgba", "sgi", "tga", "tif", "tiff"};
 
+const std::set<std::string> fontKinds = {"cff", "cid", "fnt", "fon", "otf", "pfa", "pfb", "ttc", "ttf", "woff"};
+
 } // namespace
 
 /// Stands before all that osgDB reads. It may outlive its loader where another callback holds it; it lets everything
@@ -82,7 +84,15 @@ public:
     }
 
     Result readObject(const std::string& name, const osgDB::Options* options) override {
-        return readOther(&ReadFileCallback::readObject, name, options);
+        // Fonts come this way.
+        const bool isFont = fontKinds.count(osgDB::getLowerCaseFileExtension(name)) > 0;
+        if (!loader || !isFont)
+            return readOther(&ReadFileCallback::readObject, name, options);
+        const std::string path = find(name, options);
+        const std::string fault = findFaultOfFile(path, fontKinds, "font");
+        if (!fault.empty())
+            return refuse(fault);
+        return before ? before->readObject(path, options) : ReadFileCallback::readObject(path, options);
     }
     Result readHeightField(const std::string& name, const osgDB::Options* options) override {
         return readOther(&ReadFileCallback::readHeightField, name, options);
@@ -116,7 +126,7 @@ private:
 
     Result readOther(Reading reading, const std::string& name, const osgDB::Options* options) {
         if (loader)
-            return refuse(name + ": neither a model nor an image, so it isn't read");
+            return refuse(name + ": neither a model nor an image nor a font, so it isn't read");
         // The base's own reading by its name, or it would be called as this class's again.
         if (before)
             return (before.get()->*reading)(name, options);

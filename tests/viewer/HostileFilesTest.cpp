@@ -124,6 +124,7 @@ TEST_F(HostileFilesTest, NothingButPlainFilesOfKnownKindsIsReadAsAModel) {
     run({"--frames", "1", write("remote.dae", remote).string()});
     EXPECT_FALSE(osgDB::readRefNodeFile(script));
     EXPECT_FALSE(osgDB::readRefObjectFile(script));
+    EXPECT_TRUE(osgDB::readRefObjectFile("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf")) << "the viewer's texts";
     EXPECT_FALSE(std::filesystem::exists(trace));
     EXPECT_FALSE(server.wasAsked());
 }
