@@ -23,8 +23,8 @@ namespace tessarin::agent {
 ///
 /// It holds for more than loadModel(). While a loader of this class lives, all reading of files by osgDB in this
 /// program goes through it: that of VisualModelComponents, which read COLLADA files themselves too, and that of files
-/// which models name. Images and fonts have to be regular files of known kinds as well; scripts, shaders and archives are not
-/// read at all. A callback that the host has set before is asked for what isn't refused.
+/// which models name. Images and fonts have to be regular files of known kinds as well; scripts, shaders and archives
+/// are not read at all. A callback that the host has set before is asked for what isn't refused.
 ///
 /// It doesn't protect from faults in OpenSceneGraph's plugins.
 class TESSARIN_AGENT_EXPORT PlainModelLoader : public VisualModelComponentModelLoader {

@@ -68,8 +68,8 @@ btCollisionAlgorithmCreateFunc& generalAlgorithm(btDefaultCollisionConfiguration
 
 WorldCore::WorldCore()
     : dispatcher(&configuration), roundOnFlat(false, generalAlgorithm(configuration)),
-      flatUnderRound(true, generalAlgorithm(configuration)), world(&dispatcher, &broadphase, &solver, &configuration), massUnit(world),
-      ground(0, nullptr, &groundShape) {
+      flatUnderRound(true, generalAlgorithm(configuration)), world(&dispatcher, &broadphase, &solver, &configuration),
+      massUnit(world), ground(0, nullptr, &groundShape) {
     // A box on a plane, and whatever else has flat sides, gets its contacts at once, and not one a step.
     configuration.setPlaneConvexMultipointIterations(4, 4);
     configuration.setConvexConvexMultipointIterations(3, 3);
