@@ -119,14 +119,14 @@ void AgentNode::LookUps::renaming(SimObject& object, const std::string& newName)
     if (object.getName() == newName)
         return;
     const auto tell = [&](auto* named, OfList<std::remove_pointer_t<decltype(named)>> OfAgent::*list) {
-        const Listing& listing = named->listing;
+        const Listing& place = named->listing;
         const std::vector<AgentNode*> holders =
-            listing.hasMoreAgents() ? listing.getAgents() : std::vector<AgentNode*>{listing.getFirstAgent()};
+            place.hasMoreAgents() ? place.getAgents() : std::vector<AgentNode*>{place.getFirstAgent()};
         for (const AgentNode* const holder : holders) {
             OfAgent* const of = holder ? known(*holder) : nullptr;
             if (!of || !(of->*list).index)
                 continue;
-            if (listing.isRepeated())
+            if (place.isRepeated())
                 (of->*list).index.reset(); // how often it is in the list only a walk could tell
             else
                 (of->*list).index->renaming(named, newName);
