@@ -18,6 +18,9 @@ public:
     /// @return true if all rows hold.
     bool print(double tolerance);
 
+    /// True if something could not be measured.
+    bool hasFailed() const { return !errors.empty(); }
+
 private:
     bool printRow(const Row& row, double tolerance);
     double medianOf(const std::string& benchmarkName);

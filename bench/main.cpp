@@ -24,7 +24,7 @@ Measures what the library costs beside what the same work costs without it, and 
   --quick      fewer repetitions, and bounds that are half as strict again, for noisy machines
   --json FILE  writes all measurements to a file too
   --only NAME  measures the rows whose names contain NAME
-The status is 1 if a cost is above its bound or could not be measured, and 2 if an option is wrong.
+The status is 1 if a cost is above its bound, and 2 if one could not be measured or an option is wrong.
 )";
 
 struct Options {
@@ -85,7 +85,8 @@ int run(char* program, const Options& options) {
     benchmark::Initialize(&count, arguments.data());
     Table table;
     benchmark::RunSpecifiedBenchmarks(&table);
-    return table.print(options.isQuick ? 1.5 : 1.0) ? 0 : 1;
+    const bool holds = table.print(options.isQuick ? 1.5 : 1.0);
+    return table.hasFailed() ? 2 : holds ? 0 : 1;
 }
 
 } // namespace
